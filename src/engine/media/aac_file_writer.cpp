@@ -1,0 +1,222 @@
+#include "engine/media/aac_file_writer.h"
+
+#include "engine/media/av/conversion.h"
+#include "engine/media/av/demuxer.h"
+#include "engine/media/selection.h"
+
+namespace boxlift::media {
+
+namespace {
+
+/// Reading and encoding even out over this many buffers.
+constexpr std::size_t waitingBuffers = 8;
+
+/// What is asked of one channel of an AAC-LC track, in bit/s.
+constexpr std::int64_t lowestChannelRate = 32'000;
+constexpr std::int64_t lowestChannelRateBelow32kHz = 8'000;
+constexpr std::int64_t highestChannelRate = 160'000;
+
+std::uint64_t channelMask(int channels) {
+    return channels == 1 ? AV_CH_LAYOUT_MONO : AV_CH_LAYOUT_STEREO;
+}
+
+/// Interleaved 16 bits to planes of floating point.
+av::FramePtr toPlanes(const SampleBuffer& buffer) {
+    av::FramePtr frame = av::makeFrame();
+    frame->format = AudioEncoder::sampleFormat;
+    frame->nb_samples = static_cast<int>(buffer.frameCount());
+    av_channel_layout_from_mask(&frame->ch_layout, channelMask(buffer.channels));
+    if (av_frame_get_buffer(frame.get(), 0) < 0)
+        throw std::bad_alloc();
+    const auto channels = static_cast<std::size_t>(buffer.channels);
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        auto* plane = reinterpret_cast<float*>(frame->extended_data[channel]);
+        for (std::size_t i = 0; i < buffer.frameCount(); ++i)
+            plane[i] = static_cast<float>(buffer.samples[i * channels + channel]) / 32768.0F;
+    }
+    return frame;
+}
+
+} // namespace
+
+AacFileWriter::AacFileWriter(const std::filesystem::path& path)
+    : m_path(path), m_buffers(waitingBuffers) {}
+
+AacFileWriter::~AacFileWriter() {
+    cancelWriting();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+bool AacFileWriter::canAddAudioInput(const AacSettings& settings) const {
+    if (m_settings || settings.channels < 1 || settings.channels > 2 ||
+        !AudioEncoder::hasSampleRate(settings.sampleRate))
+        return false;
+    const std::int64_t lowest =
+        settings.sampleRate < 32000 ? lowestChannelRateBelow32kHz : lowestChannelRate;
+    return settings.bitRate >= lowest * settings.channels &&
+           settings.bitRate <= highestChannelRate * settings.channels &&
+           settings.bitRate <= AudioEncoder::highestBitRate(settings.sampleRate, settings.channels);
+}
+
+void AacFileWriter::addAudioInput(const AacSettings& settings) {
+    m_settings = settings;
+}
+
+void AacFileWriter::copyMetadata(const Asset& source) {
+    if (const auto selection = Selection::of(source))
+        m_metadataSource = selection->file;
+}
+
+bool AacFileWriter::startWriting() {
+    if (status() != Status::unknown || !m_settings)
+        return false;
+    try {
+        open();
+    } catch (...) {
+        endWithCurrentException();
+        return false;
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_status != Status::unknown)
+        return false;
+    m_status = Status::writing;
+    m_thread = std::thread([this] { encodeAll(); });
+    return true;
+}
+
+void AacFileWriter::open() {
+    m_muxer = std::make_unique<Muxer>(m_path, FileType::AVFileTypeAppleM4A, IndexPlace::end,
+                                      m_stop.get_token());
+    m_encoder = std::make_unique<AudioEncoder>(
+        AudioEncoder::Settings{m_settings->sampleRate, channelMask(m_settings->channels),
+                               m_settings->bitRate},
+        m_path);
+    AVStream& stream = m_muxer->addStream();
+    m_encoder->describe(stream);
+    stream.disposition = AV_DISPOSITION_DEFAULT;
+    m_streamIndex = stream.index;
+    if (m_metadataSource)
+        copyFileMetadata();
+    m_muxer->writeHeader();
+}
+
+void AacFileWriter::copyFileMetadata() {
+    const auto source =
+        av::Demuxer::open(m_metadataSource, av::ProbeDepth::header, m_stop.get_token());
+    const Time start = av::toTime(source->context().start_time, AV_TIME_BASE_Q);
+    const bool startsAtZero = source->isMovie() || !start.isValid();
+    m_muxer->copyFileMetadata(source->context(), startsAtZero ? Time::zero() : start);
+}
+
+void AacFileWriter::startSession(Time atSourceTime) {
+    m_sessionStart = atSourceTime;
+}
+
+bool AacFileWriter::isReadyForMoreMediaData() const {
+    return m_buffers.isPushImmediate();
+}
+
+bool AacFileWriter::waitUntilReadyForMoreMediaData(std::chrono::milliseconds timeout) {
+    return m_buffers.waitForRoom(timeout);
+}
+
+bool AacFileWriter::append(SampleBuffer buffer) {
+    if (status() != Status::writing || buffer.channels != m_settings->channels)
+        return false;
+    return m_buffers.push(std::move(buffer));
+}
+
+void AacFileWriter::markAsFinished() {
+    m_buffers.close();
+}
+
+void AacFileWriter::encodeAll() {
+    try {
+        while (const auto buffer = m_buffers.pop())
+            encode(*buffer);
+        if (!m_stop.stop_requested())
+            m_encoder->finish(muxPackets());
+    } catch (...) {
+        endWithCurrentException();
+        m_buffers.abort();
+    }
+}
+
+void AacFileWriter::encode(const SampleBuffer& buffer) {
+    if (buffer.samples.empty())
+        return;
+    AudioRun run;
+    run.count = static_cast<std::int64_t>(buffer.frameCount());
+    run.frame = toPlanes(buffer);
+    run.position = (buffer.presentationTimeStamp - m_sessionStart).toRate(m_settings->sampleRate);
+    m_encoder->push(run, muxPackets());
+}
+
+AudioEncoder::Sink AacFileWriter::muxPackets() {
+    return [this](AVPacket& packet) {
+        packet.stream_index = m_streamIndex;
+        av_packet_rescale_ts(&packet, m_encoder->timeBase(),
+                             m_muxer->stream(m_streamIndex).time_base);
+        m_muxer->write(packet);
+    };
+}
+
+void AacFileWriter::finishWriting() {
+    if (!beginFinishing())
+        return;
+    m_buffers.close();
+    m_thread.join();
+    try {
+        if (status() == Status::writing) {
+            m_muxer->finish();
+            end(Status::completed, nullptr);
+        }
+    } catch (...) {
+        endWithCurrentException();
+    }
+    m_muxer.reset();
+}
+
+bool AacFileWriter::beginFinishing() {
+    const std::lock_guard lock(m_mutex);
+    const bool begins = m_status == Status::writing && !m_isFinishing;
+    m_isFinishing = m_isFinishing || begins;
+    return begins;
+}
+
+void AacFileWriter::cancelWriting() {
+    m_stop.request_stop();
+    m_buffers.abort();
+    const std::lock_guard lock(m_mutex);
+    // What is being finished may have its name already: finishWriting() tells how it ended.
+    if ((m_status == Status::unknown || m_status == Status::writing) && !m_isFinishing)
+        m_status = Status::cancelled;
+}
+
+void AacFileWriter::end(Status status, std::exception_ptr error) {
+    const std::lock_guard lock(m_mutex);
+    if (m_status != Status::unknown && m_status != Status::writing)
+        return;
+    m_status = status;
+    m_error = std::move(error);
+}
+
+void AacFileWriter::endWithCurrentException() {
+    if (m_stop.stop_requested())
+        end(Status::cancelled, nullptr);
+    else
+        end(Status::failed, std::current_exception());
+}
+
+AssetWriter::Status AacFileWriter::status() const {
+    const std::lock_guard lock(m_mutex);
+    return m_status;
+}
+
+std::exception_ptr AacFileWriter::error() const {
+    const std::lock_guard lock(m_mutex);
+    return m_error;
+}
+
+} // namespace boxlift::media

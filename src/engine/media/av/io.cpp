@@ -1,0 +1,148 @@
+#include "engine/media/av/io.h"
+
+#include <cstdio>
+#include <new>
+
+namespace boxlift::media::av {
+
+namespace {
+
+/// Writes of this size keep the number of system calls small without holding memory.
+constexpr int outputBufferSize = 1 << 20;
+
+std::uint8_t* allocateBuffer(int size) {
+    auto* buffer = static_cast<std::uint8_t*>(av_malloc(static_cast<std::size_t>(size)));
+    if (!buffer)
+        throw std::bad_alloc();
+    return buffer;
+}
+
+IoContextPtr own(AVIOContext* context) {
+    if (!context)
+        throw std::bad_alloc();
+    return IoContextPtr(context);
+}
+
+/// The new position, or a negative code.
+std::int64_t resolveSeek(std::int64_t offset, int whence, std::int64_t position,
+                         std::int64_t size) {
+    switch (whence & ~AVSEEK_FORCE) {
+    case AVSEEK_SIZE:
+        return size;
+    case SEEK_SET:
+        break;
+    case SEEK_CUR:
+        offset += position;
+        break;
+    case SEEK_END:
+        offset += size;
+        break;
+    default:
+        return AVERROR(EINVAL);
+    }
+    return offset >= 0 ? offset : AVERROR(EINVAL);
+}
+
+} // namespace
+
+InputIo::InputIo(std::shared_ptr<const InputFile> file, int bufferSize, std::stop_token stop)
+    : m_file(std::move(file)), m_stop(std::move(stop)),
+      m_context(own(avio_alloc_context(allocateBuffer(bufferSize), bufferSize, 0, this,
+                                       &InputIo::read, nullptr, &InputIo::seek))) {}
+
+int InputIo::read(void* self, std::uint8_t* buffer, int size) noexcept {
+    auto& io = *static_cast<InputIo*>(self);
+    if (io.m_stop.stop_requested())
+        return AVERROR_EXIT;
+    const auto count = io.m_file->readAt(
+        io.m_position, std::as_writable_bytes(std::span(buffer, static_cast<std::size_t>(size))));
+    if (count < 0) {
+        io.m_readError = io.m_readError ? io.m_readError : static_cast<int>(-count);
+        return AVERROR(static_cast<int>(-count));
+    }
+    io.m_position += count;
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+std::int64_t InputIo::seek(void* self, std::int64_t offset, int whence) noexcept {
+    auto& io = *static_cast<InputIo*>(self);
+    const auto result = resolveSeek(offset, whence, io.m_position, io.m_file->size());
+    if (result >= 0 && (whence & ~AVSEEK_FORCE) != AVSEEK_SIZE)
+        io.m_position = result;
+    return result;
+}
+
+struct OutputIo::Reader {
+    OutputIo& owner;
+    std::int64_t position = 0;
+
+    static int read(void* self, std::uint8_t* buffer, int size) noexcept {
+        auto& reader = *static_cast<Reader*>(self);
+        if (reader.owner.m_stop.stop_requested())
+            return AVERROR_EXIT;
+        const auto count = reader.owner.m_file.readAt(
+            reader.position,
+            std::as_writable_bytes(std::span(buffer, static_cast<std::size_t>(size))));
+        if (count < 0)
+            return AVERROR(static_cast<int>(-count));
+        reader.position += count;
+        if (reader.owner.m_readListener)
+            reader.owner.m_readListener(reader.position);
+        return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+    }
+
+    static std::int64_t seek(void* self, std::int64_t offset, int whence) noexcept {
+        auto& reader = *static_cast<Reader*>(self);
+        const auto result = resolveSeek(offset, whence, reader.position, reader.owner.m_end);
+        if (result >= 0 && (whence & ~AVSEEK_FORCE) != AVSEEK_SIZE)
+            reader.position = result;
+        return result;
+    }
+};
+
+OutputIo::OutputIo(OutputFile& file, std::stop_token stop)
+    : m_file(file), m_stop(std::move(stop)),
+      m_context(own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 1, this,
+                                       nullptr, &OutputIo::write, &OutputIo::seek))) {}
+
+int OutputIo::write(void* self, WriteCallbackByte* buffer, int size) noexcept {
+    auto& io = *static_cast<OutputIo*>(self);
+    if (io.m_stop.stop_requested())
+        return AVERROR_EXIT;
+    const auto data = std::as_bytes(std::span(buffer, static_cast<std::size_t>(size)));
+    if (const int error = io.m_file.writeAt(io.m_position, data)) {
+        io.m_writeError = io.m_writeError ? io.m_writeError : error;
+        return AVERROR(error);
+    }
+    io.m_position += size;
+    io.m_end = std::max(io.m_end, io.m_position);
+    return size;
+}
+
+std::int64_t OutputIo::seek(void* self, std::int64_t offset, int whence) noexcept {
+    auto& io = *static_cast<OutputIo*>(self);
+    const auto result = resolveSeek(offset, whence, io.m_position, io.m_end);
+    if (result >= 0 && (whence & ~AVSEEK_FORCE) != AVSEEK_SIZE)
+        io.m_position = result;
+    return result;
+}
+
+AVIOContext* OutputIo::openReader() {
+    auto reader = std::make_unique<Reader>(Reader{*this});
+    IoContextPtr context =
+        own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 0, reader.get(),
+                               &Reader::read, nullptr, &Reader::seek));
+    reader.release();
+    return context.release();
+}
+
+void OutputIo::closeReader(AVIOContext* reader) {
+    delete static_cast<Reader*>(reader->opaque);
+    freeIoContext(reader);
+}
+
+void OutputIo::setReadListener(std::function<void(std::int64_t)> listener) {
+    m_readListener = std::move(listener);
+}
+
+} // namespace boxlift::media::av

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace boxlift::media::av {
+
+/// Takes over what the FFmpeg libraries log: nothing is printed, the last warning or error of each
+/// thread is kept for error reports. May be called any number of times, on any thread.
+void captureLog();
+
+/// The last line that was logged on this thread, "none" before the first.
+std::string lastLogLine();
+
+} // namespace boxlift::media::av

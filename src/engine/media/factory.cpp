@@ -1,0 +1,59 @@
+#include "engine/media/factory.h"
+
+#include "engine/media/aac_file_writer.h"
+#include "engine/media/audio_mix_reader.h"
+#include "engine/media/file_asset.h"
+#include "engine/media/file_composition.h"
+#include "engine/media/output_file.h"
+#include "engine/media/passthrough_session.h"
+#include "engine/media/reencode_session.h"
+
+namespace boxlift::media {
+
+namespace {
+
+class FfmpegFactory : public Factory {
+public:
+    std::shared_ptr<const Asset> openAsset(const std::filesystem::path& path,
+                                           std::stop_token stop) const override {
+        return FileAsset::open(InputFile::open(path), std::move(stop));
+    }
+
+    std::shared_ptr<MutableComposition> makeComposition() const override {
+        return std::make_shared<FileComposition>();
+    }
+
+    std::unique_ptr<ExportSession> makeExportSession(std::shared_ptr<const Asset> asset,
+                                                     ExportPreset preset) const override {
+        auto selection = Selection::of(*asset);
+        if (!selection)
+            return nullptr;
+        if (preset == ExportPreset::AVAssetExportPresetPassthrough)
+            return std::make_unique<PassthroughSession>(std::move(*selection));
+        return makeReencodeSession(std::move(*selection), preset);
+    }
+
+    std::unique_ptr<AssetReader>
+    makeAssetReader(std::shared_ptr<const Asset> asset) const override {
+        return std::make_unique<AudioMixReader>(std::move(asset));
+    }
+
+    std::unique_ptr<AssetWriter> makeAssetWriter(const std::filesystem::path& path,
+                                                 FileType) const override {
+        return std::make_unique<AacFileWriter>(path);
+    }
+
+    void clearOutput(const std::filesystem::path& output,
+                     const std::filesystem::path& source) const override {
+        media::clearOutput(output, source);
+    }
+};
+
+} // namespace
+
+const Factory& defaultFactory() {
+    static const FfmpegFactory factory;
+    return factory;
+}
+
+} // namespace boxlift::media

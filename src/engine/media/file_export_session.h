@@ -1,0 +1,66 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
+#include <thread>
+
+#include "engine/media/export_session.h"
+#include "engine/media/selection.h"
+
+namespace boxlift::media {
+
+/// The life of an export session, whatever it does with the tracks: settings, thread, status,
+/// progress, cancellation. A subclass does the work in run(); its destructor calls join().
+class FileExportSession : public ExportSession {
+public:
+    void setOutputUrl(const std::filesystem::path& path) override { m_settings.output = path; }
+    void setOutputFileType(FileType type) override { m_settings.type = type; }
+    void setShouldOptimizeForNetworkUse(bool optimize) override { m_settings.optimize = optimize; }
+    void exportAsynchronously() override;
+    bool waitUntilFinished(std::chrono::milliseconds timeout) override;
+
+    float progress() const override;
+    Status status() const override;
+    std::exception_ptr error() const override;
+    void cancelExport() override;
+
+protected:
+    struct Settings {
+        std::filesystem::path output;
+        FileType type = FileType::AVFileTypeMPEG4;
+        bool optimize = false;
+    };
+
+    explicit FileExportSession(Selection selection) : m_selection(std::move(selection)) {}
+
+    const Selection& selection() const { return m_selection; }
+    /// Stopped by a cancellation.
+    std::stop_token stopToken() const { return m_stop.get_token(); }
+    /// Any thread. Values of 1 and more show as just below 1 until the session has completed; the
+    /// progress never goes back.
+    void setProgress(double fraction);
+    /// Cancels and waits for the thread.
+    void join();
+
+private:
+    /// The session's thread. Returns when the output has been published; throws otherwise.
+    virtual void run(const Settings& settings, std::stop_token stop) = 0;
+    void work();
+    void end(Status status, std::exception_ptr error);
+
+    const Selection m_selection;
+    Settings m_settings;
+    std::stop_source m_stop;
+    std::atomic<float> m_progress = 0;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_ended;
+    Status m_status = Status::unknown;
+    std::exception_ptr m_error;
+
+    std::thread m_thread;
+};
+
+} // namespace boxlift::media

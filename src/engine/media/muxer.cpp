@@ -1,0 +1,200 @@
+#include "engine/media/muxer.h"
+
+#include <array>
+#include <new>
+#include <span>
+
+#include "engine/media/av/check.h"
+#include "engine/media/av/log.h"
+#include "engine/media/file_metadata.h"
+#include "engine/media/stream_copy.h"
+
+namespace boxlift::media {
+
+namespace {
+
+struct FormatRow {
+    FileType type;
+    const char* muxer;
+};
+
+constexpr std::array formats{
+    FormatRow{FileType::AVFileTypeMPEG4, "mp4"},
+    FormatRow{FileType::AVFileTypeQuickTimeMovie, "mov"},
+    FormatRow{FileType::AVFileTypeAppleM4A, "ipod"},
+};
+
+const char* muxerName(FileType type) {
+    for (const FormatRow& row : formats)
+        if (row.type == type)
+            return row.muxer;
+    return formats.front().muxer;
+}
+
+av::OutputContextPtr makeContext(FileType type) {
+    AVFormatContext* context = nullptr;
+    if (avformat_alloc_output_context2(&context, nullptr, muxerName(type), nullptr) < 0)
+        throw std::bad_alloc();
+    // Extensions that everybody reads, such as the Dolby Vision configuration, count as unofficial.
+    context->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+    return av::OutputContextPtr(context);
+}
+
+AVStream& newStream(AVFormatContext& context) {
+    AVStream* stream = avformat_new_stream(&context, nullptr);
+    if (!stream)
+        throw std::bad_alloc();
+    return *stream;
+}
+
+/// Edits are counted in the movie's time scale; the usual 1000 would round them to milliseconds.
+int movieTimescale(const AVFormatContext& context) {
+    for (const AVStream* stream : std::span(context.streams, context.nb_streams))
+        if (stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO && stream->codecpar->sample_rate > 0)
+            return stream->codecpar->sample_rate;
+    return 90000;
+}
+
+void setHeaderOptions(av::Options& options, FileType type, IndexPlace index, int timescale) {
+    // Nero's chapter list beside QuickTime's chapter track upsets tag editors.
+    options.set("movflags",
+                index == IndexPlace::front ? "+faststart+disable_chpl" : "+disable_chpl");
+    // From a stream's "timecode" the muxer makes a track; only QuickTime has a use for it.
+    options.set("write_tmcd", type == FileType::AVFileTypeQuickTimeMovie ? "auto" : "0");
+    options.set("movie_timescale", timescale);
+}
+
+/// Discards the result of a dynamic buffer.
+void dropBuffer(AVIOContext* io) {
+    std::uint8_t* bytes = nullptr;
+    avio_close_dyn_buf(io, &bytes);
+    av_free(bytes);
+}
+
+} // namespace
+
+Muxer::Muxer(const std::filesystem::path& output, FileType type, IndexPlace index,
+             std::stop_token stop)
+    : m_type(type), m_index(index), m_stop(std::move(stop)), m_file(OutputFile::create(output)),
+      m_io(*m_file, m_stop), m_context(makeContext(type)) {
+    av::captureLog();
+    m_context->pb = m_io.context();
+    m_context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    m_context->flush_packets = 0;
+    m_context->opaque = this;
+    m_context->io_open = &Muxer::openIo;
+    m_context->io_close2 = &Muxer::closeIo;
+    // The pass that moves the index opens "the output" for reading: the name leads to openIo().
+    m_context->url = av_strdup("output");
+}
+
+Muxer::~Muxer() = default;
+
+int Muxer::openIo(AVFormatContext* context, AVIOContext** io, const char*, int flags,
+                  AVDictionary**) noexcept {
+    if (flags & AVIO_FLAG_WRITE)
+        return AVERROR(EPERM);
+    try {
+        *io = static_cast<Muxer*>(context->opaque)->m_io.openReader();
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return AVERROR(ENOMEM);
+    }
+}
+
+int Muxer::closeIo(AVFormatContext*, AVIOContext* io) noexcept {
+    av::OutputIo::closeReader(io);
+    return 0;
+}
+
+void Muxer::fail(int code, std::string_view what) {
+    av::throwIfStopped(m_stop);
+    if (m_io.writeError())
+        throwWriteError(m_io.writeError(), what, m_file->path());
+    av::check(code, av::Operation::mux, what, m_file->path());
+}
+
+AVStream& Muxer::addStream() {
+    return newStream(*m_context);
+}
+
+void Muxer::copyFileMetadata(const AVFormatContext& source, Time start) {
+    copyMetadata(*m_context, source, start);
+    addPictures(source);
+}
+
+void Muxer::addPictures(const AVFormatContext& source) {
+    for (const AVStream* stream : std::span(source.streams, source.nb_streams)) {
+        if (!canHoldPicture(m_type, *stream))
+            continue;
+        AVStream& copy = addStream();
+        copyStreamDescription(copy, *stream);
+        copy.disposition = AV_DISPOSITION_ATTACHED_PIC;
+        av::PacketPtr picture(av_packet_clone(&stream->attached_pic));
+        if (!picture)
+            throw std::bad_alloc();
+        picture->stream_index = copy.index;
+        picture->pts = picture->dts = 0;
+        m_pictures.push_back(std::move(picture));
+    }
+}
+
+void Muxer::writeHeader() {
+    av::Options options;
+    setHeaderOptions(options, m_type, m_index, movieTimescale(*m_context));
+    const int result = avformat_write_header(m_context.get(), options.address());
+    if (result < 0)
+        fail(result, "write header");
+    writePictures();
+}
+
+void Muxer::writePictures() {
+    for (const av::PacketPtr& picture : m_pictures)
+        write(*picture);
+    m_pictures.clear();
+}
+
+void Muxer::write(AVPacket& packet) {
+    av::throwIfStopped(m_stop);
+    const int result = av_interleaved_write_frame(m_context.get(), &packet);
+    if (result < 0 || m_io.writeError())
+        fail(std::min(result, 0), "write media");
+}
+
+void Muxer::finish() {
+    const double total = static_cast<double>(std::max<std::int64_t>(1, avio_tell(m_io.context())));
+    m_io.setReadListener([this, total](std::int64_t position) {
+        m_finishedFraction.store(std::min(1.0, static_cast<double>(position) / total));
+    });
+    int result = av_write_trailer(m_context.get());
+    avio_flush(m_io.context());
+    if (result >= 0)
+        result = m_io.context()->error;
+    if (result < 0 || m_io.writeError())
+        fail(result, "write index");
+    av::throwIfStopped(m_stop);
+    m_file->publish();
+    m_finishedFraction.store(1);
+}
+
+bool knowsTag(FileType type, AVCodecID codec, std::uint32_t tag) {
+    const AVOutputFormat* format = av_guess_format(muxerName(type), nullptr, nullptr);
+    return tag != 0 && format && av_codec_get_id(format->codec_tag, tag) == codec;
+}
+
+bool canMux(FileType type, std::span<const AVStream* const> streams) {
+    av::captureLog();
+    const av::OutputContextPtr context = makeContext(type);
+    for (const AVStream* stream : streams)
+        copyStreamDescription(newStream(*context), *stream);
+    // Without an I/O context the muxer would crash.
+    if (avio_open_dyn_buf(&context->pb) < 0)
+        throw std::bad_alloc();
+    av::Options options;
+    const bool accepted = avformat_write_header(context.get(), options.address()) >= 0;
+    dropBuffer(context->pb);
+    context->pb = nullptr;
+    return accepted;
+}
+
+} // namespace boxlift::media

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <stop_token>
+#include <vector>
+
+#include "engine/media/av/handles.h"
+#include "engine/media/av/io.h"
+#include "engine/media/output_file.h"
+#include "engine/media/time.h"
+#include "model/file_type.h"
+
+namespace boxlift::media {
+
+enum class IndexPlace { end, front };
+
+/// Writes one MPEG-4 family file: add streams, write the header, write packets, finish. Nothing
+/// stands under the output's name before finish() has succeeded; destroyed before that, nothing is
+/// left. One thread at a time, except where said. All but the destructor throw media::Error, or
+/// Cancelled when the token asks.
+class Muxer {
+public:
+    Muxer(const std::filesystem::path& output, FileType type, IndexPlace index,
+          std::stop_token stop);
+    ~Muxer();
+    Muxer(const Muxer&) = delete;
+    Muxer& operator=(const Muxer&) = delete;
+
+    // Before the header.
+    /// A new stream, to be filled in by the caller: parameters (codec tag zero unless one is
+    /// wanted), time base, rates, dispositions, metadata.
+    AVStream& addStream();
+    /// Carries over what belongs to the file as a whole: titles, dates, places and chapters, and
+    /// the cover art where the type can hold it. `start` is the time in the source that becomes
+    /// zero.
+    void copyFileMetadata(const AVFormatContext& source, Time start);
+    void writeHeader();
+
+    // After the header.
+    /// Writes a packet with `packet.stream_index` of ours and time stamps in that stream's time
+    /// base (as the header has left it), interleaving by decoding time. Takes over the packet's
+    /// reference.
+    void write(AVPacket& packet);
+    /// Writes the index, moves it to the front where asked, brings all to the disk and gives the
+    /// file its name. The last act.
+    void finish();
+
+    AVStream& stream(int index) { return *m_context->streams[index]; }
+    FileType type() const { return m_type; }
+    /// Any thread. How much of finish()'s moving of data is done, 0 to 1.
+    double finishedFraction() const { return m_finishedFraction.load(); }
+
+private:
+    static int openIo(AVFormatContext* context, AVIOContext** io, const char* url, int flags,
+                      AVDictionary** options) noexcept;
+    static int closeIo(AVFormatContext* context, AVIOContext* io) noexcept;
+    void fail(int code, std::string_view what);
+    void addPictures(const AVFormatContext& source);
+    void writePictures();
+
+    FileType m_type;
+    IndexPlace m_index;
+    std::stop_token m_stop;
+    std::unique_ptr<OutputFile> m_file;
+    av::OutputIo m_io;
+    av::OutputContextPtr m_context;
+    /// Cover art that waits for the header.
+    std::vector<av::PacketPtr> m_pictures;
+    std::atomic<double> m_finishedFraction = 0;
+};
+
+/// Whether files of this type call this codec's samples by this tag.
+bool knowsTag(FileType type, AVCodecID codec, std::uint32_t tag);
+
+/// Whether a header for these streams can be written into a file of this type: the muxer's own
+/// word, from a try in memory. `streams` are templates: nothing of them is changed.
+bool canMux(FileType type, std::span<const AVStream* const> streams);
+
+} // namespace boxlift::media

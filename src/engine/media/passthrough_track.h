@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+#include "engine/media/av/ffmpeg.h"
+#include "engine/media/time.h"
+
+namespace boxlift::media {
+
+/// One track that is being copied: makes its packets fit for the output. One thread.
+class PassthroughTrack {
+public:
+    PassthroughTrack(const AVStream& source, int outputIndex, const std::filesystem::path& path);
+
+    /// Drops what comes before the first key frame: a recording of a broadcast begins anywhere.
+    void skipToKey();
+    /// Moves the decoding stamps back by so much, in the source's time base.
+    void setDecodingLead(std::int64_t lead) { m_decodingLead = lead; }
+
+    int outputIndex() const { return m_outputIndex; }
+
+    /// Turns a packet of the source into one of the output, in `timeBase`; false when it is to be
+    /// dropped. Throws media::Error when it cannot be copied: no time stamp, a jump back, other
+    /// decoder parameters.
+    bool prepare(AVPacket& packet, AVRational timeBase);
+
+    /// Whether a packet has been copied.
+    bool hasMedia() const { return m_end.isValid(); }
+    /// Throws media::Error when the track has ended too early, or has not begun at all.
+    void checkEnd(Time declaredEnd, bool isDeclared) const;
+
+private:
+    void requireSameParameters(const AVPacket& packet) const;
+    void completeStamps(AVPacket& packet);
+    void rescale(AVPacket& packet, AVRational timeBase);
+    void keepForward(AVPacket& packet, AVRational timeBase);
+    [[noreturn]] void fail(const char* cause) const;
+
+    const AVStream& m_source;
+    int m_outputIndex;
+    bool m_awaitsKey = false;
+    std::int64_t m_decodingLead = 0;
+    // In the source's time base.
+    std::int64_t m_expected = AV_NOPTS_VALUE;
+    std::int64_t m_lastSourceDts = AV_NOPTS_VALUE;
+    const std::filesystem::path& m_path;
+    std::int64_t m_rescaleState = AV_NOPTS_VALUE;
+    std::int64_t m_lastDts = AV_NOPTS_VALUE;
+    Time m_end;
+};
+
+} // namespace boxlift::media

@@ -1,0 +1,41 @@
+#include "engine/media/source_check.h"
+
+#include <algorithm>
+#include <string>
+
+#include "engine/media/error.h"
+
+namespace boxlift::media {
+
+namespace {
+
+[[noreturn]] void fail(const std::filesystem::path& path, const std::string& cause) {
+    throw Error(ErrorKind::sourceEndsEarly, "check source", path, cause);
+}
+
+} // namespace
+
+void checkIndexedSamples(const AVFormatContext& context, std::span<const int> streams,
+                         const InputFile& file) {
+    for (const int index : streams) {
+        AVStream* stream = context.streams[index];
+        const int count = avformat_index_get_entries_count(stream);
+        for (int i = 0; i < count; ++i) {
+            const AVIndexEntry* entry = avformat_index_get_entry(stream, i);
+            if (entry->pos + entry->size > file.size())
+                fail(file.path(), "sample " + std::to_string(i) + " of stream " +
+                                      std::to_string(index) + " lies past the end of the file");
+        }
+    }
+}
+
+void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path) {
+    if (!declared.isValid() || !reached.isValid())
+        return;
+    const double tolerance = std::max(1.0, declared.seconds() / 100);
+    if (declared.seconds() - reached.seconds() > tolerance)
+        fail(path, "ends at " + std::to_string(reached.seconds()) + " s, declared are " +
+                       std::to_string(declared.seconds()) + " s");
+}
+
+} // namespace boxlift::media

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <span>
+
+#include "engine/media/av/ffmpeg.h"
+#include "engine/media/input_file.h"
+#include "engine/media/time.h"
+
+namespace boxlift::media {
+
+/// Throws media::Error (sourceEndsEarly) when the index of one of the listed streams of a movie
+/// names a sample that lies past the end of the file.
+void checkIndexedSamples(const AVFormatContext& context, std::span<const int> streams,
+                         const InputFile& file);
+
+/// Throws media::Error (sourceEndsEarly) when a track whose container declares its end has really
+/// ended earlier than that by more than the larger of one second and one per cent.
+void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path);
+
+} // namespace boxlift::media

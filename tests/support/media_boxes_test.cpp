@@ -1,0 +1,58 @@
+#include "support/media_boxes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "support/temp_folder.h"
+
+namespace boxlift::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+/// Numbers below 256 keep the bytes readable.
+std::string box(char size, const std::string& type, std::size_t payload) {
+    return std::string(3, '\0') + size + type + std::string(payload, 'x');
+}
+
+class MediaBoxes : public ::testing::Test {
+protected:
+    std::filesystem::path write(const std::string& bytes) {
+        return writeFile(m_folder.path() / "boxes", bytes);
+    }
+
+    TempFolder m_folder;
+};
+
+TEST_F(MediaBoxes, AreListedInFileOrder) {
+    const auto boxes = topLevelBoxes(write(box(12, "ftyp", 4) + box(9, "moov", 1)));
+    ASSERT_EQ(boxes.size(), 2U);
+    EXPECT_EQ(boxes[0].type, "ftyp");
+    EXPECT_EQ(boxes[0].size, 12U);
+    EXPECT_EQ(boxes[1].type, "moov");
+    EXPECT_EQ(boxes[1].offset, 12U);
+}
+
+TEST_F(MediaBoxes, MayHaveALongSize) {
+    const std::string longSize = std::string(7, '\0') + '\x14';
+    EXPECT_THAT(topLevelBoxTypes(write(box(1, "mdat", 0) + longSize + "xxxx" + box(8, "moov", 0))),
+                ElementsAre("mdat", "moov"));
+}
+
+TEST_F(MediaBoxes, MayReachToTheEnd) {
+    const auto boxes = topLevelBoxes(write(box(8, "ftyp", 0) + box(0, "mdat", 100)));
+    ASSERT_EQ(boxes.size(), 2U);
+    EXPECT_EQ(boxes[1].size, 108U);
+}
+
+TEST_F(MediaBoxes, MustFitIntoTheFile) {
+    EXPECT_THROW(topLevelBoxes(write(box(50, "mdat", 4))), std::runtime_error);
+    EXPECT_THROW(topLevelBoxes(write(box(4, "mdat", 4))), std::runtime_error);
+    EXPECT_THROW(topLevelBoxes(write("abc")), std::runtime_error);
+}
+
+} // namespace
+} // namespace boxlift::test
