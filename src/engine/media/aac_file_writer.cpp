@@ -2,6 +2,7 @@
 
 #include "engine/media/av/conversion.h"
 #include "engine/media/av/demuxer.h"
+#include "engine/media/error.h"
 #include "engine/media/selection.h"
 
 namespace boxlift::media {
@@ -102,8 +103,9 @@ void AacFileWriter::open() {
 }
 
 void AacFileWriter::copyFileMetadata() {
+    // The header alone does not tell the size of the cover, which the muxer wants to know.
     const auto source =
-        av::Demuxer::open(m_metadataSource, av::ProbeDepth::header, m_stop.get_token());
+        av::Demuxer::open(m_metadataSource, av::ProbeDepth::streams, m_stop.get_token());
     const Time start = av::toTime(source->context().start_time, AV_TIME_BASE_Q);
     const bool startsAtZero = source->isMovie() || !start.isValid();
     m_muxer->copyFileMetadata(source->context(), startsAtZero ? Time::zero() : start);
@@ -151,6 +153,7 @@ void AacFileWriter::encode(const SampleBuffer& buffer) {
     run.frame = toPlanes(buffer);
     run.position = (buffer.presentationTimeStamp - m_sessionStart).toRate(m_settings->sampleRate);
     m_encoder->push(run, muxPackets());
+    m_hasSamples = true;
 }
 
 AudioEncoder::Sink AacFileWriter::muxPackets() {
@@ -168,14 +171,20 @@ void AacFileWriter::finishWriting() {
     m_buffers.close();
     m_thread.join();
     try {
-        if (status() == Status::writing) {
-            m_muxer->finish();
-            end(Status::completed, nullptr);
-        }
+        if (status() == Status::writing)
+            publish();
     } catch (...) {
         endWithCurrentException();
     }
     m_muxer.reset();
+}
+
+void AacFileWriter::publish() {
+    // Of a track without samples the muxer would write nothing at all.
+    if (!m_hasSamples && !m_stop.stop_requested())
+        throw Error(ErrorKind::cannotEncode, "finish output", m_path, "no samples came");
+    m_muxer->finish();
+    end(Status::completed, nullptr);
 }
 
 bool AacFileWriter::beginFinishing() {

@@ -40,6 +40,7 @@ private:
     void open();
     void copyFileMetadata();
     bool beginFinishing();
+    void publish();
     void encodeAll();
     void encode(const SampleBuffer& buffer);
     AudioEncoder::Sink muxPackets();
@@ -54,7 +55,7 @@ private:
     std::unique_ptr<Muxer> m_muxer;
     std::unique_ptr<AudioEncoder> m_encoder;
     int m_streamIndex = 0;
-    std::int64_t m_position = 0; ///< Of the next buffer, in samples.
+    bool m_hasSamples = false;
     Time m_sessionStart = Time::zero();
 
     // Any thread.

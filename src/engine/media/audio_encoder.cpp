@@ -84,25 +84,18 @@ void AudioEncoder::push(const AudioRun& run, const Sink& sink) {
     if (!m_hasBegun)
         m_position = run.position;
     m_hasBegun = true;
-    if (run.frame) {
-        add(run.frame.get(), static_cast<int>(run.count));
-    } else {
-        for (std::int64_t left = run.count; left > 0;) {
-            const int count = static_cast<int>(std::min<std::int64_t>(left, m_context->frame_size));
-            add(m_silence.get(), count);
-            left -= count;
-            while (av_audio_fifo_size(m_fifo.get()) >= m_context->frame_size)
-                encode(m_context->frame_size, sink);
-        }
-    }
-    while (av_audio_fifo_size(m_fifo.get()) >= m_context->frame_size)
-        encode(m_context->frame_size, sink);
+    if (run.frame)
+        return add(*run.frame, run.count, sink);
+    for (std::int64_t left = run.count; left > 0; left -= m_silence->nb_samples)
+        add(*m_silence, std::min<std::int64_t>(left, m_silence->nb_samples), sink);
 }
 
-void AudioEncoder::add(const AVFrame* frame, int count) {
-    auto* planes = reinterpret_cast<void**>(frame->extended_data);
-    if (av_audio_fifo_write(m_fifo.get(), planes, count) < count)
+void AudioEncoder::add(const AVFrame& frame, std::int64_t count, const Sink& sink) {
+    auto* planes = reinterpret_cast<void**>(frame.extended_data);
+    if (av_audio_fifo_write(m_fifo.get(), planes, static_cast<int>(count)) < count)
         throw std::bad_alloc();
+    while (av_audio_fifo_size(m_fifo.get()) >= m_context->frame_size)
+        encode(m_context->frame_size, sink);
 }
 
 void AudioEncoder::encode(int count, const Sink& sink) {

@@ -41,7 +41,7 @@ public:
     void finish(const Sink& sink);
 
 private:
-    void add(const AVFrame* frame, int count);
+    void add(const AVFrame& frame, std::int64_t count, const Sink& sink);
     void encode(int count, const Sink& sink);
     void send(const AVFrame* frame, const Sink& sink);
     av::FramePtr makeFrame(int count) const;

@@ -35,7 +35,9 @@ public:
     std::int64_t toRate(std::int64_t perSecond) const;
 
     friend constexpr bool operator==(Time, Time) = default;
-    friend constexpr auto operator<=>(Time, Time) = default;
+    friend constexpr std::strong_ordering operator<=>(Time a, Time b) {
+        return a.m_ticks <=> b.m_ticks;
+    }
     /// Invalid when either side is.
     friend constexpr Time operator+(Time a, Time b) {
         return a.isValid() && b.isValid() ? fromTicks(a.m_ticks + b.m_ticks) : Time();
