@@ -122,8 +122,6 @@ bool runOnAudioThread(Pump& pump) {
 
 void pumpAll(media::AssetReader& reader, media::AssetWriter& writer, double duration,
              const Progress& progress, const std::stop_token& stop) {
-    // The pump asks the token between buffers; a buffer that takes long is cut short from here.
-    const std::stop_callback cancel(stop, [&reader] { reader.cancelReading(); });
     Pump pump(reader, writer, duration, progress, stop);
     try {
         const bool everythingRead = runOnAudioThread(pump);
@@ -154,6 +152,8 @@ void transcodeAudio(std::shared_ptr<const media::Asset> asset, int bitrate,
         const double duration = divisor(asset->duration());
         const auto reader = makeReader(asset, tracks, factory);
         const auto writer = makeWriter(*asset, bitrate, output, factory);
+        // The pump asks the token between buffers; what takes longer is cut short from here.
+        const std::stop_callback cancel(stop, [&reader] { reader->cancelReading(); });
         start(*reader, *writer);
         pumpAll(*reader, *writer, duration, progress, stop);
         finish(*writer, stop);

@@ -15,8 +15,9 @@ using std::chrono_literals::operator""ms;
 std::unique_ptr<media::ExportSession> makeSession(std::shared_ptr<const media::Asset> asset,
                                                   ExportPreset preset, FileType type,
                                                   const std::filesystem::path& output,
+                                                  const std::stop_token& stop,
                                                   const media::Factory& factory) {
-    auto session = factory.makeExportSession(std::move(asset), preset);
+    auto session = factory.makeExportSession(std::move(asset), preset, stop);
     if (!session)
         throw ConvertError("macOS has no export preset for this file.");
     const auto types = session->supportedFileTypes();
@@ -66,7 +67,7 @@ void exportAsset(std::shared_ptr<const media::Asset> asset, ExportPreset preset,
                  const std::filesystem::path& output, const Progress& progress,
                  std::stop_token stop, const media::Factory& factory) {
     cancellable(stop, [&] {
-        const auto session = makeSession(std::move(asset), preset, type, output, factory);
+        const auto session = makeSession(std::move(asset), preset, type, output, stop, factory);
         run(*session, progress, stop);
         requireSuccess(*session);
     });

@@ -1,9 +1,9 @@
 #include "engine/media/aac_file_writer.h"
 
-#include "engine/media/av/conversion.h"
 #include "engine/media/av/demuxer.h"
 #include "engine/media/error.h"
 #include "engine/media/selection.h"
+#include "engine/media/timeline.h"
 
 namespace boxlift::media {
 
@@ -106,9 +106,8 @@ void AacFileWriter::copyFileMetadata() {
     // The header alone does not tell the size of the cover, which the muxer wants to know.
     const auto source =
         av::Demuxer::open(m_metadataSource, av::ProbeDepth::streams, m_stop.get_token());
-    const Time start = av::toTime(source->context().start_time, AV_TIME_BASE_Q);
-    const bool startsAtZero = source->isMovie() || !start.isValid();
-    m_muxer->copyFileMetadata(source->context(), startsAtZero ? Time::zero() : start);
+    const Timeline timeline = Timeline::of(*source, m_stop.get_token());
+    m_muxer->copyFileMetadata(source->context(), timeline.fileStart());
 }
 
 void AacFileWriter::startSession(Time atSourceTime) {

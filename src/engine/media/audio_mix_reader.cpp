@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/media/error.h"
 #include "engine/media/file_composition.h"
 #include "model/cancelled.h"
 
@@ -99,6 +100,7 @@ std::optional<SampleBuffer> AudioMixReader::copyNextSampleBuffer() {
             throw Cancelled();
         if (count > 0)
             return takeBuffer(count);
+        requireSound();
         end(Status::completed, nullptr);
     } catch (...) {
         endWithCurrentException();
@@ -117,6 +119,12 @@ std::size_t AudioMixReader::mix() {
         longest = std::max(longest, count);
     }
     return longest;
+}
+
+void AudioMixReader::requireSound() const {
+    if (m_position == 0)
+        throw Error(ErrorKind::cannotDecode, "read audio", m_selection->file->path(),
+                    "there is no sound in the tracks");
 }
 
 SampleBuffer AudioMixReader::takeBuffer(std::size_t count) {

@@ -31,6 +31,8 @@ public:
 private:
     void openTracks();
     std::size_t mix();
+    /// Tracks that hold nothing make no file.
+    void requireSound() const;
     SampleBuffer takeBuffer(std::size_t count);
     void end(Status status, std::exception_ptr error);
     void endWithCurrentException();

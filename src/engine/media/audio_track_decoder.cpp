@@ -36,6 +36,7 @@ AudioTrackDecoder::AudioTrackDecoder(std::shared_ptr<const InputFile> file, int 
       m_conformer(settings(*m_source, stream, format), m_source->path()),
       m_packet(av::makePacket()) {
     checkIndexedSamples(m_source->context(), std::array{stream}, *file);
+    checkStatedData(m_source->context(), *file);
 }
 
 std::size_t AudioTrackDecoder::read(std::span<float> into) {

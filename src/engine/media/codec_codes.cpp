@@ -155,10 +155,19 @@ std::optional<FourCharCode> ownCode(const AVCodecParameters& parameters) {
     return std::nullopt;
 }
 
-std::optional<FourCharCode> storedCode(const AVCodecParameters& parameters) {
-    if (parameters.codec_tag == 0)
+bool isPrintable(FourCharCode code) {
+    for (int shift = 0; shift < 32; shift += 8)
+        if ((code >> shift & 0xff) < 0x20 || (code >> shift & 0xff) == 0x7f)
+            return false;
+    return true;
+}
+
+/// Outside movies a tag may be a number, such as WAVE's formats: that is no code.
+std::optional<FourCharCode> storedCode(const AVCodecParameters& parameters, bool isMovie) {
+    const FourCharCode code = av::toFourCharCode(parameters.codec_tag);
+    if (code == 0 || (!isMovie && !isPrintable(code)))
         return std::nullopt;
-    return av::toFourCharCode(parameters.codec_tag);
+    return code;
 }
 
 std::optional<FourCharCode> nameCode(const AVCodecParameters& parameters) {
@@ -172,15 +181,15 @@ std::optional<FourCharCode> nameCode(const AVCodecParameters& parameters) {
 
 bool keepsStoredCode(const AVCodecParameters& parameters, bool isMovie) {
     // An `mp4v` entry names any codec of its object type: MPEG-1 and 2, JPEG and PNG among them.
-    const bool namesOther =
-        storedCode(parameters) == fourCharCode("mp4v") && parameters.codec_id != AV_CODEC_ID_MPEG4;
+    const bool namesOther = storedCode(parameters, isMovie) == fourCharCode("mp4v") &&
+                            parameters.codec_id != AV_CODEC_ID_MPEG4;
     return isMovie && parameters.codec_type == AVMEDIA_TYPE_VIDEO && !namesOther;
 }
 
 } // namespace
 
 std::optional<FourCharCode> codeOf(const AVCodecParameters& parameters, bool isMovie) {
-    const auto stored = storedCode(parameters);
+    const auto stored = storedCode(parameters, isMovie);
     if (stored && keepsStoredCode(parameters, isMovie))
         return stored;
     if (const auto own = ownCode(parameters))

@@ -42,8 +42,8 @@ struct CapRow {
 // What players of such pictures are made for; constant quality stays well below it on all but
 // noise.
 constexpr std::array caps{
-    CapRow{1280 * 720, 10'000'000},
-    CapRow{1920 * 1080, 20'000'000},
+    CapRow{std::int64_t{1280} * 720, 10'000'000},
+    CapRow{std::int64_t{1920} * 1080, 20'000'000},
     CapRow{INT64_MAX, 45'000'000},
 };
 

@@ -24,13 +24,14 @@ public:
     }
 
     std::unique_ptr<ExportSession> makeExportSession(std::shared_ptr<const Asset> asset,
-                                                     ExportPreset preset) const override {
+                                                     ExportPreset preset,
+                                                     std::stop_token stop) const override {
         auto selection = Selection::of(*asset);
         if (!selection)
             return nullptr;
         if (preset == ExportPreset::AVAssetExportPresetPassthrough)
-            return std::make_unique<PassthroughSession>(std::move(*selection));
-        return makeReencodeSession(std::move(*selection), preset);
+            return std::make_unique<PassthroughSession>(std::move(*selection), std::move(stop));
+        return makeReencodeSession(std::move(*selection), preset, std::move(stop));
     }
 
     std::unique_ptr<AssetReader>

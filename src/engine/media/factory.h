@@ -22,9 +22,11 @@ public:
     virtual std::shared_ptr<const Asset> openAsset(const std::filesystem::path& path,
                                                    std::stop_token stop) const = 0;
     virtual std::shared_ptr<MutableComposition> makeComposition() const = 0;
-    /// Null when the preset cannot handle the asset.
+    /// Null when the preset cannot handle the asset. Throws media::Error when the source cannot be
+    /// opened anew, Cancelled when `stop` asks; a later stop cancels the session.
     virtual std::unique_ptr<ExportSession> makeExportSession(std::shared_ptr<const Asset> asset,
-                                                             ExportPreset preset) const = 0;
+                                                             ExportPreset preset,
+                                                             std::stop_token stop) const = 0;
     virtual std::unique_ptr<AssetReader>
     makeAssetReader(std::shared_ptr<const Asset> asset) const = 0;
     /// Throws media::Error when the output cannot be made.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/media/muxer.h"
 #include "model/cancelled.h"
 
 namespace boxlift::media {
@@ -27,7 +28,12 @@ bool FileExportSession::waitUntilFinished(std::chrono::milliseconds timeout) {
 }
 
 float FileExportSession::progress() const {
-    return m_progress.load();
+    const float standing = m_progress.load();
+    const std::lock_guard lock(m_muxerMutex);
+    if (!m_finishing)
+        return standing;
+    const double left = almostDone - standing;
+    return standing + static_cast<float>(left * m_finishing->finishedFraction());
 }
 
 ExportSession::Status FileExportSession::status() const {
@@ -49,6 +55,22 @@ void FileExportSession::setProgress(double fraction) {
     float standing = m_progress.load();
     while (standing < value && !m_progress.compare_exchange_weak(standing, value)) {
     }
+}
+
+void FileExportSession::finish(Muxer& muxer) {
+    const auto show = [this](const Muxer* finishing) {
+        const std::lock_guard lock(m_muxerMutex);
+        m_finishing = finishing;
+    };
+    show(&muxer);
+    try {
+        muxer.finish();
+    } catch (...) {
+        show(nullptr);
+        throw;
+    }
+    setProgress(almostDone);
+    show(nullptr);
 }
 
 void FileExportSession::join() {

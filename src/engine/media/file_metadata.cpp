@@ -73,10 +73,12 @@ bool liesInside(const AVChapter& chapter, const AVFormatContext& file) {
            av_compare_ts(chapter.start, chapter.time_base, end, AV_TIME_BASE_Q) < 0;
 }
 
-void cutToFile(AVChapter& chapter, const AVFormatContext& file) {
+void cutToFile(AVChapter& chapter, const AVFormatContext& file, Time start) {
     if (file.duration <= 0)
         return;
-    const std::int64_t end = av_rescale_q(file.duration, AV_TIME_BASE_Q, chapter.time_base);
+    const Time fileEnd =
+        av::toTime(std::max<std::int64_t>(0, file.start_time) + file.duration, AV_TIME_BASE_Q);
+    const std::int64_t end = av::toTimestamp(fileEnd - start, chapter.time_base);
     chapter.end = std::max(chapter.start, std::min(chapter.end, end));
 }
 
@@ -89,7 +91,7 @@ void copyChapters(AVFormatContext& to, const AVFormatContext& from, Time start) 
     for (const AVChapter* chapter : std::span(from.chapters, from.nb_chapters))
         if (liesInside(*chapter, from)) {
             to.chapters[to.nb_chapters] = newChapter(*chapter, start);
-            cutToFile(*to.chapters[to.nb_chapters++], from);
+            cutToFile(*to.chapters[to.nb_chapters++], from, start);
         }
 }
 

@@ -163,16 +163,39 @@ std::vector<FourCharCode> readSampleEntries(Span box) {
     return entries;
 }
 
+/// Where a track's boxes may lie, from the track down: bounds how deep a file can lead us.
+struct NestingRow {
+    FourCharCode outer;
+    FourCharCode inner;
+};
+
+constexpr std::array nesting{
+    NestingRow{fourCharCode("trak"), fourCharCode("edts")},
+    NestingRow{fourCharCode("trak"), fourCharCode("mdia")},
+    NestingRow{fourCharCode("mdia"), fourCharCode("minf")},
+    NestingRow{fourCharCode("minf"), fourCharCode("stbl")},
+};
+
+bool mayLieIn(FourCharCode outer, FourCharCode inner) {
+    return std::any_of(nesting.begin(), nesting.end(), [&](const NestingRow& row) {
+        return row.outer == outer && row.inner == inner;
+    });
+}
+
 /// The boxes of one track, gathered before they are made sense of: their order is free.
 struct TrackBoxes {
     MovieTrack track;
     HeaderTimes media;
     std::vector<Edit> edits;
 
-    bool visit(FourCharCode type, Span box, std::uint32_t movieTimescale) {
-        const auto descend = [&](FourCharCode inner, Span contents) {
-            return visit(inner, contents, movieTimescale);
-        };
+    void gather(FourCharCode outer, Span contents, std::uint32_t movieTimescale) {
+        forEachBox(contents, [&](FourCharCode type, Span box) {
+            visit(outer, type, box, movieTimescale);
+            return true;
+        });
+    }
+
+    void visit(FourCharCode outer, FourCharCode type, Span box, std::uint32_t movieTimescale) {
         if (type == fourCharCode("tkhd"))
             track.id = readTrackId(box);
         else if (type == fourCharCode("elst"))
@@ -181,10 +204,8 @@ struct TrackBoxes {
             media = readHeaderTimes(box);
         else if (type == fourCharCode("stsd"))
             track.sampleEntries = readSampleEntries(box);
-        else if (type == fourCharCode("edts") || type == fourCharCode("mdia") ||
-                 type == fourCharCode("minf") || type == fourCharCode("stbl"))
-            forEachBox(box, descend);
-        return true;
+        else if (mayLieIn(outer, type))
+            gather(type, box, movieTimescale);
     }
 
     MovieTrack finish() {
@@ -207,9 +228,7 @@ MovieLayout readMovie(Span movie) {
         if (type != fourCharCode("trak"))
             return true;
         TrackBoxes boxes;
-        forEachBox(box, [&](FourCharCode inner, Span contents) {
-            return boxes.visit(inner, contents, timescale);
-        });
+        boxes.gather(type, box, timescale);
         layout.tracks.push_back(boxes.finish());
         return true;
     });

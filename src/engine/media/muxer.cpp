@@ -172,6 +172,7 @@ void Muxer::finish() {
         result = m_io.context()->error;
     if (result < 0 || m_io.writeError())
         fail(result, "write index");
+    m_file->sync();
     av::throwIfStopped(m_stop);
     m_file->publish();
     m_finishedFraction.store(1);

@@ -27,10 +27,10 @@ public:
     int writeAt(std::int64_t offset, std::span<const std::byte> data) noexcept;
     /// Number of bytes read, or -errno.
     std::int64_t readAt(std::int64_t offset, std::span<std::byte> into) const noexcept;
-    /// Bytes written over the file's life.
-    std::int64_t bytesWritten() const { return m_bytesWritten; }
 
-    /// Brings the data to the disk and gives the file its name. Throws media::Error; kind
+    /// Brings the data to the disk. Throws media::Error.
+    void sync();
+    /// Gives the file its name. Throws media::Error; kind
     /// nameTaken when somebody else's file has the name by now. The last act: nothing can fail
     /// after it.
     void publish();
@@ -42,7 +42,6 @@ private:
     std::filesystem::path m_path;
     std::filesystem::path m_hiddenName; ///< Empty for an unnamed file.
     int m_descriptor = -1;
-    std::int64_t m_bytesWritten = 0;
 };
 
 /// The error that a failed write to `path` means for people.

@@ -58,20 +58,27 @@ bool isHiddenName(std::string_view name) {
            name.starts_with(hiddenPrefix) && name.ends_with(hiddenSuffix);
 }
 
-/// Takes the lock that a living owner holds, and makes sure that `path` still is this file.
-bool lockAsOwner(int descriptor, const std::filesystem::path& path) {
+enum class Lock { taken, heldByOther, unsupported };
+
+/// A living owner holds a lock on its hidden file.
+Lock takeLock(int descriptor) {
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0)
+        return Lock::taken;
+    return errno == EWOULDBLOCK ? Lock::heldByOther : Lock::unsupported;
+}
+
+bool isStillNamed(int descriptor, const std::filesystem::path& path) {
     struct stat opened {};
     struct stat named {};
-    return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && ::fstat(descriptor, &opened) == 0 &&
-           ::lstat(path.c_str(), &named) == 0 && opened.st_ino == named.st_ino &&
-           opened.st_dev == named.st_dev;
+    return ::fstat(descriptor, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
 }
 
 void sweepIfStale(const std::filesystem::path& path) {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (descriptor < 0)
         return;
-    if (lockAsOwner(descriptor, path))
+    if (takeLock(descriptor) == Lock::taken && isStillNamed(descriptor, path))
         ::unlink(path.c_str());
     ::close(descriptor);
 }
@@ -121,7 +128,8 @@ void OutputFile::openHidden(const std::filesystem::path& folder) {
         if (m_descriptor < 0)
             return;
         m_hiddenName = name;
-        if (lockAsOwner(m_descriptor, name))
+        // Where there are no locks there is no sweep either.
+        if (takeLock(m_descriptor) != Lock::heldByOther && isStillNamed(m_descriptor, name))
             return;
         // Another instance's sweep came between making and locking it.
         ::close(m_descriptor);
@@ -146,7 +154,6 @@ int OutputFile::writeAt(std::int64_t offset, std::span<const std::byte> data) no
         if (count <= 0)
             return count < 0 ? errno : EIO;
         offset += count;
-        m_bytesWritten += count;
         data = data.subspan(static_cast<std::size_t>(count));
     }
     return 0;
@@ -160,9 +167,12 @@ std::int64_t OutputFile::readAt(std::int64_t offset, std::span<std::byte> into) 
     return count < 0 ? -errno : count;
 }
 
-void OutputFile::publish() {
+void OutputFile::sync() {
     if (const int error = platform::syncData(m_descriptor))
         throwWriteError(error, "write output", m_path);
+}
+
+void OutputFile::publish() {
     const int error = m_hiddenName.empty() ? platform::nameUnnamed(m_descriptor, m_path)
                                            : platform::renameExclusively(m_hiddenName, m_path);
     if (error)

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "engine/media/av/conversion.h"
+#include "engine/media/error.h"
 
 namespace boxlift::media {
 
@@ -13,6 +14,8 @@ namespace {
 /// A broadcast stream's clock may start anew; a pause of this length is no pause.
 constexpr double jumpForward = 10;
 constexpr double jumpBack = 1;
+/// A packet that follows its stream's last one this closely does not belong behind a jump.
+constexpr double closeBy = 0.25;
 
 bool mayJump(const AVFormatContext& context) {
     return (context.iformat->flags & AVFMT_TS_DISCONT) != 0;
@@ -24,6 +27,12 @@ PacketSource::PacketSource(const Selection& selection, std::stop_token stop)
     : m_demuxer(av::Demuxer::open(selection.file, av::ProbeDepth::streams, stop)) {
     AVFormatContext& context = m_demuxer->context();
     m_states.resize(context.nb_streams);
+    // The file may have been written anew since its streams were counted.
+    const auto isGone = [&](int index) {
+        return static_cast<std::size_t>(index) >= m_states.size();
+    };
+    if (std::any_of(selection.streams.begin(), selection.streams.end(), isGone))
+        throw Error(ErrorKind::sourceUnreadable, "open source", path(), "it has fewer streams now");
     // The demuxer discards the track that it has read the chapters from.
     for (const AVStream* stream : std::span(context.streams, context.nb_streams))
         if (stream->discard == AVDISCARD_ALL)
@@ -40,8 +49,7 @@ void PacketSource::readTimeline(const Selection& selection, std::stop_token stop
     if (!m_demuxer->isMovie()) {
         const Timeline timeline = Timeline::of(*m_demuxer, stop);
         take(timeline, m_demuxer->context());
-        const Time start = av::toTime(m_demuxer->context().start_time, AV_TIME_BASE_Q);
-        m_start = start.isValid() ? start : Time::zero();
+        m_start = timeline.fileStart();
         return;
     }
     // Reading the timeline of a fragmented movie spends the demuxer.
@@ -108,9 +116,9 @@ bool PacketSource::next(AVPacket& packet) {
         const auto index = static_cast<std::size_t>(packet.stream_index);
         // Streams that turn up in mid-file were in no plan.
         if (index < m_states.size() && m_states[index].isTaken) {
-            shift(packet);
             if (mayJump(context()))
                 closeJumps(packet, m_states[index]);
+            shift(packet, m_states[index].jump);
             return true;
         }
         av_packet_unref(&packet);
@@ -118,40 +126,38 @@ bool PacketSource::next(AVPacket& packet) {
     return false;
 }
 
-void PacketSource::shift(AVPacket& packet) const {
+void PacketSource::shift(AVPacket& packet, Time jump) const {
     const AVRational timeBase = stream(packet.stream_index).time_base;
-    const std::int64_t offset = av::toTimestamp(m_jump - m_start, timeBase);
+    const std::int64_t offset = av::toTimestamp(jump - m_start, timeBase);
     if (packet.pts != AV_NOPTS_VALUE)
-        packet.pts += offset;
+        packet.pts = av_sat_add64(packet.pts, offset);
     if (packet.dts != AV_NOPTS_VALUE)
-        packet.dts += offset;
+        packet.dts = av_sat_add64(packet.dts, offset);
 }
 
-void PacketSource::closeJumps(AVPacket& packet, StreamState& state) {
+void PacketSource::closeJumps(const AVPacket& packet, StreamState& state) {
     const AVStream& source = stream(packet.stream_index);
     const AVMediaType type = source.codecpar->codec_type;
-    const Time decoded = av::toTime(packet.dts, source.time_base);
+    const Time decoded = av::toTime(packet.dts, source.time_base) - m_start;
     if (!decoded.isValid() || (type != AVMEDIA_TYPE_VIDEO && type != AVMEDIA_TYPE_AUDIO))
         return;
-    Time correction = Time::zero();
-    if (state.expected.isValid()) {
-        const double gap = (decoded - state.expected).seconds();
-        if (gap > jumpForward || gap < -jumpBack)
-            correction = state.expected - decoded;
+    const auto gap = [&](Time jump) { return (decoded + jump - state.expected).seconds(); };
+    const bool isFirst = !state.expected.isValid();
+    // One stream's last packets from before a jump may come after another's first from behind it.
+    if (isFirst || std::abs(gap(state.jump)) > closeBy) {
+        if (!isFirst && (gap(m_jump) > jumpForward || gap(m_jump) < -jumpBack))
+            m_jump = state.expected - decoded;
+        state.jump = m_jump;
     }
-    const std::int64_t offset = av::toTimestamp(correction, source.time_base);
-    packet.dts += offset;
-    if (packet.pts != AV_NOPTS_VALUE)
-        packet.pts += offset;
-    m_jump = m_jump + correction;
-    state.expected = decoded + correction + av::toTime(packet.duration, source.time_base);
+    state.expected = decoded + state.jump + av::toTime(packet.duration, source.time_base);
 }
 
 double PacketSource::fraction(const AVPacket& packet) const {
     if (m_isDeclared && m_duration.isValid() && m_duration > Time::zero()) {
         const std::int64_t stamp = packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
         const Time time = av::toTime(stamp, stream(packet.stream_index).time_base);
-        return time.isValid() ? time.seconds() / m_duration.seconds() : 0;
+        // Decoding may begin before the file's zero, and end behind what the edits show.
+        return time.isValid() ? std::clamp(time.seconds() / m_duration.seconds(), 0.0, 1.0) : 0;
     }
     const auto size = static_cast<double>(m_demuxer->file()->size());
     return packet.pos > 0 && size > 0 ? static_cast<double>(packet.pos) / size : 0;

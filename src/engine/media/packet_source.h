@@ -46,15 +46,16 @@ public:
 
 private:
     struct StreamState {
-        Time expected; ///< Where the next packet should begin; invalid before the first.
+        Time expected;            ///< Where the next packet should begin; invalid before the first.
+        Time jump = Time::zero(); ///< What its clock's jumps have added up to so far.
         bool isTaken = false;
     };
 
     void readTimeline(const Selection& selection, std::stop_token stop);
     void take(const Timeline& timeline, const AVFormatContext& context);
     Time movieStart() const;
-    void closeJumps(AVPacket& packet, StreamState& state);
-    void shift(AVPacket& packet) const;
+    void closeJumps(const AVPacket& packet, StreamState& state);
+    void shift(AVPacket& packet, Time jump) const;
 
     std::unique_ptr<av::Demuxer> m_demuxer;
     std::vector<TimeRange> m_ranges;
@@ -63,7 +64,7 @@ private:
     std::set<int> m_chapterTexts;
     Time m_duration;
     Time m_start = Time::zero();
-    /// What jumps have added up to so far.
+    /// What jumps have added up to in the stream that is furthest.
     Time m_jump = Time::zero();
     bool m_isDeclared = false;
 };

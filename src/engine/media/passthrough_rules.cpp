@@ -54,7 +54,7 @@ constexpr std::array rows{
     Row{m4a, AVMEDIA_TYPE_AUDIO, fourCharCode("alac")},
 };
 
-/// Video whose decoder is set up from the header alone.
+/// Codecs whose decoders are set up from the header alone.
 constexpr std::array needHeader{AV_CODEC_ID_H264, AV_CODEC_ID_HEVC, AV_CODEC_ID_MPEG4,
                                 AV_CODEC_ID_ALAC};
 

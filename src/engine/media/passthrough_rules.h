@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include "engine/media/av/ffmpeg.h"
 #include "model/file_type.h"
 

@@ -37,8 +37,8 @@ void turn(AVStream& stream, const AffineTransform& transform) {
 
 } // namespace
 
-PassthroughSession::PassthroughSession(Selection chosen)
-    : FileExportSession(std::move(chosen)), m_source(selection(), stopToken()) {}
+PassthroughSession::PassthroughSession(Selection chosen, std::stop_token stop)
+    : FileExportSession(std::move(chosen), std::move(stop)), m_source(selection(), stopToken()) {}
 
 PassthroughSession::~PassthroughSession() {
     join();
@@ -86,6 +86,7 @@ std::vector<int> PassthroughSession::subtitlesFor(FileType type) const {
 void PassthroughSession::run(const Settings& settings, std::stop_token stop) {
     const std::vector<int> media = streamsFor(settings.type);
     checkIndexedSamples(m_source.context(), media, *selection().file);
+    checkStatedData(m_source.context(), *selection().file);
     Muxer muxer(settings.output, settings.type,
                 settings.optimize ? IndexPlace::front : IndexPlace::end, stop);
     std::map<int, PassthroughTrack> tracks;
@@ -100,7 +101,7 @@ void PassthroughSession::run(const Settings& settings, std::stop_token stop) {
     muxer.writeHeader();
     copyPackets(muxer, tracks, settings.optimize ? 1 - indexShare : 1);
     checkEnds(media, tracks);
-    muxer.finish();
+    finish(muxer);
 }
 
 void PassthroughSession::addTrack(Muxer& muxer, std::map<int, PassthroughTrack>& tracks,
@@ -111,12 +112,18 @@ void PassthroughSession::addTrack(Muxer& muxer, std::map<int, PassthroughTrack>&
     copyStreamDescription(stream, source);
     stream.codecpar->codec_tag =
         passthrough_rules::codecTag(muxer.type(), source, m_source.isMovie());
-    const auto added =
-        tracks.emplace(index, PassthroughTrack(source, stream.index, m_source.path())).first;
-    if (!m_source.isMovie())
-        added->second.skipToKey();
-    else if (source.codecpar->video_delay > 0)
-        added->second.setDecodingLead(decodingLead(selection().file, index, stopToken()));
+    PassthroughTrack& track =
+        tracks.emplace(index, PassthroughTrack(source, stream.index, m_source.path()))
+            .first->second;
+    if (!m_source.isMovie()) {
+        track.skipToKey();
+        return;
+    }
+    const TimeRange& range = m_source.range(index);
+    track.setLateStart(av::toTimestamp(range.start, source.time_base));
+    track.setEnd(range.end());
+    if (source.codecpar->video_delay > 0)
+        track.setDecodingLead(decodingLead(selection().file, index, stopToken()));
 }
 
 void PassthroughSession::checkEnds(const std::vector<int>& media,

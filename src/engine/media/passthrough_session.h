@@ -14,7 +14,7 @@ class Muxer;
 class PassthroughSession : public FileExportSession {
 public:
     /// Opens the source anew. Throws media::Error.
-    explicit PassthroughSession(Selection selection);
+    explicit PassthroughSession(Selection selection, std::stop_token stop = {});
     ~PassthroughSession() override;
 
     std::vector<FileType> supportedFileTypes() const override;

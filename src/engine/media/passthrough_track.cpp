@@ -50,7 +50,8 @@ bool PassthroughTrack::prepare(AVPacket& packet, AVRational timeBase) {
     completeStamps(packet);
     rescale(packet, timeBase);
     keepForward(packet, timeBase);
-    const Time end = av::toTime(packet.pts + packet.duration, timeBase);
+    cutPadding(packet, timeBase);
+    const Time end = av::toTime(av_sat_add64(packet.pts, packet.duration), timeBase);
     m_end = std::max(m_end, end);
     packet.stream_index = m_outputIndex;
     packet.pos = -1;
@@ -69,7 +70,16 @@ void PassthroughTrack::requireSameParameters(const AVPacket& packet) const {
         fail("the decoder parameters change in the middle");
 }
 
+void PassthroughTrack::completeLastDuration(AVPacket& packet) const {
+    // The demuxer lets the last packet end where the media ends, whose length does not know of the
+    // gap before a late track.
+    if (m_lateStart > 0 && packet.duration > 0 && packet.dts != AV_NOPTS_VALUE &&
+        packet.dts + packet.duration == m_source.duration)
+        packet.duration += m_lateStart;
+}
+
 void PassthroughTrack::completeStamps(AVPacket& packet) {
+    completeLastDuration(packet);
     if (packet.duration <= 0)
         packet.duration = usualDuration(m_source, packet.size);
     // Sound and pictures in order follow one another; reordered pictures cannot be guessed.
@@ -105,6 +115,14 @@ void PassthroughTrack::rescale(AVPacket& packet, AVRational timeBase) {
     packet.dts = packet.pts = av_rescale_delta(m_source.time_base, packet.dts, sampleBase, samples,
                                                &m_rescaleState, timeBase);
     packet.duration = av_rescale_q(samples, sampleBase, timeBase);
+}
+
+void PassthroughTrack::cutPadding(AVPacket& packet, AVRational timeBase) const {
+    if (!isAudio(m_source) || !m_endLimit.isValid())
+        return;
+    const std::int64_t limit = av::toTimestamp(m_endLimit, timeBase);
+    if (packet.pts < limit && packet.duration > limit - packet.pts)
+        packet.duration = limit - packet.pts;
 }
 
 void PassthroughTrack::keepForward(AVPacket& packet, AVRational timeBase) {

@@ -15,8 +15,13 @@ public:
 
     /// Drops what comes before the first key frame: a recording of a broadcast begins anywhere.
     void skipToKey();
+    /// Sound that goes on behind this is padding: the last packet is said to last no longer.
+    void setEnd(Time end) { m_endLimit = end; }
     /// Moves the decoding stamps back by so much, in the source's time base.
     void setDecodingLead(std::int64_t lead) { m_decodingLead = lead; }
+
+    /// How late in the movie the track begins, in the source's time base.
+    void setLateStart(std::int64_t gap) { m_lateStart = gap; }
 
     int outputIndex() const { return m_outputIndex; }
 
@@ -33,7 +38,9 @@ public:
 private:
     void requireSameParameters(const AVPacket& packet) const;
     void completeStamps(AVPacket& packet);
+    void completeLastDuration(AVPacket& packet) const;
     void rescale(AVPacket& packet, AVRational timeBase);
+    void cutPadding(AVPacket& packet, AVRational timeBase) const;
     void keepForward(AVPacket& packet, AVRational timeBase);
     [[noreturn]] void fail(const char* cause) const;
 
@@ -41,6 +48,7 @@ private:
     int m_outputIndex;
     bool m_awaitsKey = false;
     std::int64_t m_decodingLead = 0;
+    std::int64_t m_lateStart = 0;
     // In the source's time base.
     std::int64_t m_expected = AV_NOPTS_VALUE;
     std::int64_t m_lastSourceDts = AV_NOPTS_VALUE;
@@ -48,6 +56,7 @@ private:
     std::int64_t m_rescaleState = AV_NOPTS_VALUE;
     std::int64_t m_lastDts = AV_NOPTS_VALUE;
     Time m_end;
+    Time m_endLimit;
 };
 
 } // namespace boxlift::media

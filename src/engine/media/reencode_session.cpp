@@ -1,7 +1,5 @@
 #include "engine/media/reencode_session.h"
 
-#include <algorithm>
-
 #include "engine/media/muxer.h"
 #include "engine/media/packet_source.h"
 #include "engine/media/reencode_pipeline.h"
@@ -12,10 +10,8 @@ namespace boxlift::media {
 
 namespace {
 
-/// The share of the work that is encoding; moving the index to the front takes the rest.
+/// The share of the progress that is encoding; moving the index to the front takes the rest.
 constexpr double encodingShare = 0.97;
-/// Where progress stands when all but the very end is done.
-constexpr double almostDone = 0.999;
 
 } // namespace
 
@@ -30,19 +26,10 @@ std::vector<FileType> ReencodeSession::supportedFileTypes() const {
     return types;
 }
 
-float ReencodeSession::progress() const {
-    const float standing = FileExportSession::progress();
-    const std::lock_guard lock(m_muxerMutex);
-    if (!m_finishing)
-        return standing;
-    const double finished =
-        encodingShare + (almostDone - encodingShare) * m_finishing->finishedFraction();
-    return std::max(standing, static_cast<float>(finished));
-}
-
 void ReencodeSession::run(const Settings& settings, std::stop_token stop) {
     PacketSource source(selection(), stop);
     checkIndexedSamples(source.context(), selection().streams, *selection().file);
+    checkStatedData(source.context(), *selection().file);
     Muxer muxer(settings.output, settings.type,
                 settings.optimize ? IndexPlace::front : IndexPlace::end, stop);
     ReencodePipeline pipeline(source, stop);
@@ -60,24 +47,9 @@ void ReencodeSession::run(const Settings& settings, std::stop_token stop) {
     finish(muxer);
 }
 
-void ReencodeSession::finish(Muxer& muxer) {
-    const auto show = [this](const Muxer* finishing) {
-        const std::lock_guard lock(m_muxerMutex);
-        m_finishing = finishing;
-    };
-    show(&muxer);
-    try {
-        muxer.finish();
-    } catch (...) {
-        show(nullptr);
-        throw;
-    }
-    setProgress(almostDone);
-    show(nullptr);
-}
-
-std::unique_ptr<ExportSession> makeReencodeSession(Selection selection, ExportPreset preset) {
-    return std::make_unique<ReencodeSession>(std::move(selection), preset);
+std::unique_ptr<ExportSession> makeReencodeSession(Selection selection, ExportPreset preset,
+                                                   std::stop_token stop) {
+    return std::make_unique<ReencodeSession>(std::move(selection), preset, std::move(stop));
 }
 
 } // namespace boxlift::media

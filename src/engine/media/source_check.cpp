@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/media/error.h"
+#include "engine/media/stated_data.h"
 
 namespace boxlift::media {
 
@@ -22,11 +23,24 @@ void checkIndexedSamples(const AVFormatContext& context, std::span<const int> st
         const int count = avformat_index_get_entries_count(stream);
         for (int i = 0; i < count; ++i) {
             const AVIndexEntry* entry = avformat_index_get_entry(stream, i);
-            if (entry->pos + entry->size > file.size())
+            if (entry->pos > file.size() - entry->size)
                 fail(file.path(), "sample " + std::to_string(i) + " of stream " +
                                       std::to_string(index) + " lies past the end of the file");
         }
     }
+}
+
+void checkStatedData(const AVFormatContext& context, const InputFile& file) {
+    const auto data = statedData(file);
+    const std::int64_t bitRate = context.nb_streams ? context.streams[0]->codecpar->bit_rate : 0;
+    if (!data || bitRate <= 0)
+        return;
+    const auto seconds = [bitRate](std::int64_t bytes) {
+        return static_cast<double>(bytes) * 8 / static_cast<double>(bitRate);
+    };
+    checkDeclaredEnd(Time::fromSeconds(seconds(data->size)),
+                     Time::fromSeconds(seconds(std::min(data->size, file.size() - data->offset))),
+                     file.path());
 }
 
 void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path) {

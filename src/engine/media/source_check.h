@@ -14,6 +14,10 @@ namespace boxlift::media {
 void checkIndexedSamples(const AVFormatContext& context, std::span<const int> streams,
                          const InputFile& file);
 
+/// Throws media::Error (sourceEndsEarly) when a sound file's samples end well before the length
+/// that its header states: by more than the larger of one second and one per cent.
+void checkStatedData(const AVFormatContext& context, const InputFile& file);
+
 /// Throws media::Error (sourceEndsEarly) when a track whose container declares its end has really
 /// ended earlier than that by more than the larger of one second and one per cent.
 void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path);

@@ -41,14 +41,4 @@ void copyStreamDescription(AVStream& to, const AVStream& from) {
     copyStreamLabels(to, from);
 }
 
-void copyOrientation(AVStream& to, const AVStream& from) {
-    const auto matrix = av::streamSideData(from, AV_PKT_DATA_DISPLAYMATRIX);
-    if (matrix.empty())
-        return;
-    std::uint8_t* copy = av::newStreamSideData(to, AV_PKT_DATA_DISPLAYMATRIX, matrix.size());
-    if (!copy)
-        throw std::bad_alloc();
-    std::copy(matrix.begin(), matrix.end(), copy);
-}
-
 } // namespace boxlift::media

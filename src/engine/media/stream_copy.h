@@ -11,7 +11,4 @@ void copyStreamDescription(AVStream& to, const AVStream& from);
 /// Language, title and flags alone.
 void copyStreamLabels(AVStream& to, const AVStream& from);
 
-/// Carries over how the picture is turned for display.
-void copyOrientation(AVStream& to, const AVStream& from);
-
 } // namespace boxlift::media

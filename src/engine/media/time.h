@@ -38,12 +38,18 @@ public:
     friend constexpr std::strong_ordering operator<=>(Time a, Time b) {
         return a.m_ticks <=> b.m_ticks;
     }
-    /// Invalid when either side is.
+    /// Invalid when either side is, or when the result is out of range.
     friend constexpr Time operator+(Time a, Time b) {
-        return a.isValid() && b.isValid() ? fromTicks(a.m_ticks + b.m_ticks) : Time();
+        Time sum;
+        const bool isValid = a.isValid() && b.isValid() &&
+                             !__builtin_add_overflow(a.m_ticks, b.m_ticks, &sum.m_ticks);
+        return isValid ? sum : Time();
     }
     friend constexpr Time operator-(Time a, Time b) {
-        return a.isValid() && b.isValid() ? fromTicks(a.m_ticks - b.m_ticks) : Time();
+        Time difference;
+        const bool isValid = a.isValid() && b.isValid() &&
+                             !__builtin_sub_overflow(a.m_ticks, b.m_ticks, &difference.m_ticks);
+        return isValid ? difference : Time();
     }
 
 private:

@@ -37,32 +37,59 @@ Time mediaLength(const AVStream& stream, const MovieTrack& track, bool isFragmen
     return track.mediaDuration.isValid() ? track.mediaDuration : walked;
 }
 
+/// What is left of a sound's media behind its edit's beginning. A short cut is none: writers
+/// disagree whether the priming counts in the length.
+Time lengthBehind(Time mediaStart, Time length) {
+    const Time longestPriming = Time::fromRate(1, 2);
+    return mediaStart > longestPriming ? std::max(Time::zero(), length - mediaStart) : length;
+}
+
 } // namespace
 
 Timeline Timeline::of(av::Demuxer& demuxer, std::stop_token stop) {
     Timeline timeline;
-    AVFormatContext& context = demuxer.context();
+    const AVFormatContext& context = demuxer.context();
+    timeline.m_fileDuration = av::toTime(context.duration, AV_TIME_BASE_Q);
     if (demuxer.isMovie())
         timeline.m_layout = MovieLayout::read(*demuxer.file(), stop);
-    if (timeline.m_layout && timeline.m_layout->isFragmented)
-        walkFragments(demuxer);
-    const Time start = av::toTime(context.start_time, AV_TIME_BASE_Q);
-    timeline.m_fileStart = start.isValid() ? start : Time::zero();
-    timeline.m_fileDuration = av::toTime(context.duration, AV_TIME_BASE_Q);
-    timeline.m_isDeclared =
-        timeline.m_layout || context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
-    if (!timeline.m_layout)
-        timeline.m_duration = timeline.m_fileDuration;
-    for (const AVStream* stream : std::span(context.streams, context.nb_streams)) {
-        if (!carriesMedia(*stream) || (!timeline.m_layout && timeline.m_duration.isValid()))
-            continue;
-        const Time end = timeline.range(*stream).end();
-        if (end.isValid() && (!timeline.m_duration.isValid() || end > timeline.m_duration))
-            timeline.m_duration = end;
-    }
+    if (timeline.m_layout)
+        timeline.readMovie(demuxer);
+    else
+        timeline.readStreams(context);
     if (!timeline.m_duration.isValid())
         timeline.m_duration = timeline.m_fileDuration;
     return timeline;
+}
+
+void Timeline::readMovie(av::Demuxer& demuxer) {
+    if (m_layout->isFragmented)
+        walkFragments(demuxer);
+    m_isDeclared = true;
+    m_duration = lastEnd(demuxer.context());
+}
+
+void Timeline::readStreams(const AVFormatContext& context) {
+    m_isDeclared = context.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+    m_fileStart = Time();
+    for (const AVStream* stream : std::span(context.streams, context.nb_streams)) {
+        const Time start = av::toTime(stream->start_time, stream->time_base);
+        if (carriesMedia(*stream) && start.isValid())
+            m_fileStart = m_fileStart.isValid() ? std::min(m_fileStart, start) : start;
+    }
+    if (!m_fileStart.isValid())
+        m_fileStart = Time::zero();
+    // The demuxer's own sum counts tracks of other kinds as well, and is a guess where it is more.
+    const Time end = lastEnd(context);
+    const bool isGuess = m_fileDuration.isValid() && end > m_fileDuration;
+    m_duration = isGuess ? m_fileDuration : end;
+}
+
+Time Timeline::lastEnd(const AVFormatContext& context) const {
+    Time last;
+    for (const AVStream* stream : std::span(context.streams, context.nb_streams))
+        if (carriesMedia(*stream))
+            last = std::max(last, range(*stream).end());
+    return last;
 }
 
 const MovieTrack* Timeline::trackOf(const AVStream& stream) const {
@@ -83,9 +110,8 @@ TimeRange Timeline::movieRange(const AVStream& stream, const MovieTrack& track) 
     const Time length = mediaLength(stream, track, m_layout->isFragmented);
     if (!track.hasEdits)
         return {Time::zero(), length};
-    // With reordered pictures the edit begins where presentation begins and takes nothing away.
     const bool isSound = stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
-    const Time available = isSound ? std::max(Time::zero(), length - track.mediaStart) : length;
+    const Time available = isSound ? lengthBehind(track.mediaStart, length) : length;
     const Time edited = track.editedEnd - track.leadingGap;
     const bool isOpenEnded = m_layout->isFragmented || edited <= Time::zero();
     if (isOpenEnded && length.isValid())

@@ -18,6 +18,9 @@ public:
     TimeRange range(const AVStream& stream) const;
     /// Whether a track shows several stretches of its media, one after the other.
     bool isSpliced(const AVStream& stream) const;
+    /// The time at which the first track of sound or picture begins outside a movie; zero in one,
+    /// whose time stamps count from its own zero.
+    Time fileStart() const { return m_fileStart; }
     /// The end of the last track of sound or picture; invalid when unknown.
     Time duration() const { return m_duration; }
     /// Whether the durations are declared by the container, not guessed from bit rates or from the
@@ -27,6 +30,10 @@ public:
 
 private:
     const MovieTrack* trackOf(const AVStream& stream) const;
+    void readMovie(av::Demuxer& demuxer);
+    void readStreams(const AVFormatContext& context);
+    /// The end of the last track of sound or picture.
+    Time lastEnd(const AVFormatContext& context) const;
     TimeRange movieRange(const AVStream& stream, const MovieTrack& track) const;
     TimeRange streamRange(const AVStream& stream) const;
 

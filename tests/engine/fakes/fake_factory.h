@@ -31,8 +31,8 @@ public:
         return composition;
     }
     std::unique_ptr<media::ExportSession>
-    makeExportSession(std::shared_ptr<const media::Asset> source,
-                      ExportPreset preset) const override {
+    makeExportSession(std::shared_ptr<const media::Asset> source, ExportPreset preset,
+                      std::stop_token) const override {
         events.add("session " + std::string(name(preset)));
         call(onMakeSession);
         if (exports.size() == sessions.size())

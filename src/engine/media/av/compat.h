@@ -50,23 +50,6 @@ inline int copyStreamSideData(AVStream& to, const AVStream& from) {
     return 0;
 }
 
-/// Removes a stream's side data of this kind.
-inline void removeStreamSideData(AVStream& stream, AVPacketSideDataType type) {
-#if LIBAVFORMAT_VERSION_MAJOR >= 61
-    av_packet_side_data_remove(stream.codecpar->coded_side_data,
-                               &stream.codecpar->nb_coded_side_data, type);
-#else
-    for (int i = 0; i < stream.nb_side_data; ++i) {
-        if (stream.side_data[i].type != type)
-            continue;
-        av_freep(&stream.side_data[i].data);
-        stream.side_data[i] = stream.side_data[stream.nb_side_data - 1];
-        --stream.nb_side_data;
-        return;
-    }
-#endif
-}
-
 /// Adds (or replaces) a stream's side data; room for `size` bytes, or null.
 inline std::uint8_t* newStreamSideData(AVStream& stream, AVPacketSideDataType type,
                                        std::size_t size) {

@@ -15,7 +15,8 @@ double fixedPoint(std::int32_t value) {
 }
 
 std::int32_t toFixedPoint(double value) {
-    return static_cast<std::int32_t>(std::lround(value * 65536.0));
+    const double fixed = std::clamp(value * 65536.0, -2147483647.0, 2147483647.0);
+    return static_cast<std::int32_t>(std::llround(fixed));
 }
 
 } // namespace

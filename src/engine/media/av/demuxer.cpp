@@ -52,16 +52,15 @@ std::unique_ptr<Demuxer> Demuxer::open(std::shared_ptr<const InputFile> file, Pr
                                        std::stop_token stop) {
     captureLog();
     std::unique_ptr<Demuxer> demuxer(new Demuxer(std::move(file), depth, std::move(stop)));
-    demuxer->m_deadline = Clock::now() + openingTime;
+    demuxer->m_io.setDeadline(Clock::now() + openingTime);
     demuxer->openContext();
     demuxer->probe(depth);
-    demuxer->m_deadline = Clock::time_point::max();
+    demuxer->m_io.setDeadline(Clock::time_point::max());
     return demuxer;
 }
 
 int Demuxer::interrupted(void* self) noexcept {
-    const auto& demuxer = *static_cast<const Demuxer*>(self);
-    return demuxer.m_stop.stop_requested() || Clock::now() > demuxer.m_deadline;
+    return static_cast<const Demuxer*>(self)->m_io.isInterrupted();
 }
 
 void Demuxer::fail(int code, std::string_view what) const {

@@ -48,7 +48,6 @@ private:
 
     std::stop_token m_stop;
     InputIo m_io;
-    Clock::time_point m_deadline = Clock::time_point::max();
     InputContextPtr m_context;
 };
 

@@ -50,9 +50,13 @@ InputIo::InputIo(std::shared_ptr<const InputFile> file, int bufferSize, std::sto
       m_context(own(avio_alloc_context(allocateBuffer(bufferSize), bufferSize, 0, this,
                                        &InputIo::read, nullptr, &InputIo::seek))) {}
 
+bool InputIo::isInterrupted() const {
+    return m_stop.stop_requested() || std::chrono::steady_clock::now() > m_deadline;
+}
+
 int InputIo::read(void* self, std::uint8_t* buffer, int size) noexcept {
     auto& io = *static_cast<InputIo*>(self);
-    if (io.m_stop.stop_requested())
+    if (io.isInterrupted())
         return AVERROR_EXIT;
     const auto count = io.m_file->readAt(
         io.m_position, std::as_writable_bytes(std::span(buffer, static_cast<std::size_t>(size))));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -18,9 +19,12 @@ public:
     InputIo(std::shared_ptr<const InputFile> file, int bufferSize, std::stop_token stop);
 
     AVIOContext* context() { return m_context.get(); }
+    /// Reads fail after this.
+    void setDeadline(std::chrono::steady_clock::time_point deadline) { m_deadline = deadline; }
+    /// Whether a stop was asked for or the deadline has passed.
+    bool isInterrupted() const;
     const InputFile& file() const { return *m_file; }
     const std::shared_ptr<const InputFile>& sharedFile() const { return m_file; }
-    const std::stop_token& stopToken() const { return m_stop; }
     /// The first system error that a read met, 0 when none: demuxers often swallow it.
     int readError() const { return m_readError; }
 
@@ -32,6 +36,7 @@ private:
     std::stop_token m_stop;
     std::int64_t m_position = 0;
     int m_readError = 0;
+    std::chrono::steady_clock::time_point m_deadline = std::chrono::steady_clock::time_point::max();
     IoContextPtr m_context;
 };
 

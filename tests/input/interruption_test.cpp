@@ -1,0 +1,181 @@
+#include <algorithm>
+#include <chrono>
+#include <fcntl.h>
+#include <ostream>
+#include <string>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "input/conversion_runner.h"
+#include "input/sources.h"
+#include "support/media_probe.h"
+#include "support/temp_folder.h"
+
+namespace boxlift::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A way to an output that takes long enough for something to happen meanwhile.
+struct LongWay {
+    MediaSpec source;
+    Target target;
+    SizeOption size;
+};
+
+LongWay longCopy() {
+    return {{.format = "mov",
+             .seconds = 40,
+             .audio = {{.codec = "pcm_s32le", .sampleRate = 96000, .signal = Signal::silence}}},
+            Target::mov,
+            SizeOption::original};
+}
+
+LongWay longEncode() {
+    return {{.format = "mov", .seconds = 8, .video = {{.width = 640, .height = 480}}},
+            Target::mp4,
+            SizeOption::p720};
+}
+
+LongWay longTranscode() {
+    return {{.format = "mov", .seconds = 60, .audio = {{.codec = "pcm_s16le"}}},
+            Target::aac,
+            SizeOption::original};
+}
+
+/// Meant to be half a second; the machine may be busy.
+constexpr double soon = 5;
+
+/// Creates a file where nothing stands. Whether it could.
+bool plant(const fs::path& path, const std::string& contents) {
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor < 0)
+        return false;
+    const auto count = ::write(descriptor, contents.data(), contents.size());
+    ::close(descriptor);
+    return count == static_cast<ssize_t>(contents.size());
+}
+
+} // namespace
+
+struct Scene {
+    const char* name;
+    LongWay (*way)();
+};
+
+/// What the list of tests shows.
+void PrintTo(const Scene& scene, std::ostream* out) {
+    *out << scene.name;
+}
+
+class Interruption : public testing::TestWithParam<Scene> {
+protected:
+    void SetUp() override {
+        const LongWay way = GetParam().way();
+        m_source = makeSource(m_folder.path(), "source.mov", way.source);
+        m_contents = readFile(m_source);
+        m_out = makeOutputFolder(m_folder.path());
+        m_request = {.source = m_source,
+                     .info = Converter::analyze(m_source),
+                     .target = way.target,
+                     .output = m_out / "out",
+                     .size = way.size};
+    }
+    void TearDown() override { EXPECT_TRUE(readFile(m_source) == m_contents); }
+
+    /// Stops at the first report of at least `fraction`.
+    void stopFrom(double fraction) {
+        std::stop_source stop;
+        std::chrono::steady_clock::time_point asked;
+        const Conversion done =
+            convert(m_request, stop.get_token(), std::chrono::seconds(60), [&](double reported) {
+                if (reported < fraction || stop.stop_requested())
+                    return;
+                asked = std::chrono::steady_clock::now();
+                stop.request_stop();
+            });
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - asked;
+        ASSERT_TRUE(stop.stop_requested());
+        EXPECT_TRUE(done.wasCancelled) << done.sentence;
+        EXPECT_FALSE(done.wasTooSlow);
+        EXPECT_LT(taken.count(), soon);
+        RecordProperty("milliseconds", static_cast<int>(taken.count() * 1000));
+        EXPECT_EQ(namesIn(m_out), std::vector<std::string>());
+    }
+
+    TempFolder m_folder;
+    fs::path m_source;
+    fs::path m_out;
+    std::string m_contents;
+    ConversionRequest m_request;
+};
+
+TEST_P(Interruption, AStopBeforeTheStartDoesNothing) {
+    writeFile(m_request.output, "standing");
+    std::stop_source stop;
+    stop.request_stop();
+    const Conversion done = convert(m_request, stop.get_token());
+    EXPECT_TRUE(done.wasCancelled);
+    EXPECT_TRUE(done.progress.empty());
+    EXPECT_EQ(readFile(m_request.output), "standing");
+}
+
+TEST_P(Interruption, AStopAtTheFirstReportLeavesNothing) {
+    stopFrom(-1);
+}
+
+TEST_P(Interruption, AStopInTheMiddleLeavesNothing) {
+    // A copy is over before it has reported twice.
+    stopFrom(m_request.target == Target::mov ? -1 : 0.4);
+}
+
+// Whether the stop or the end comes first is open; half a file is not among the outcomes.
+TEST_P(Interruption, AStopNearTheEndLeavesAllOrNothing) {
+    std::stop_source stop;
+    const Conversion done =
+        convert(m_request, stop.get_token(), std::chrono::seconds(60), [&](double reported) {
+            if (reported > 0.9)
+                stop.request_stop();
+        });
+    if (done.mode) {
+        EXPECT_NEAR(Converter::analyze(m_request.output).duration, m_request.info.duration, 0.1);
+    } else {
+        EXPECT_TRUE(done.wasCancelled) << done.sentence;
+        EXPECT_EQ(namesIn(m_out), std::vector<std::string>());
+    }
+}
+
+TEST_P(Interruption, AStopWithTheLastReportChangesNothing) {
+    std::stop_source stop;
+    const Conversion done =
+        convert(m_request, stop.get_token(), std::chrono::seconds(60), [&](double reported) {
+            if (reported == 1.0)
+                stop.request_stop();
+        });
+    EXPECT_TRUE(done.mode) << done.sentence;
+    EXPECT_EQ(namesIn(m_out), std::vector<std::string>{"out"});
+    EXPECT_NEAR(Converter::analyze(m_request.output).duration, m_request.info.duration, 0.1);
+}
+
+// Somebody else's file is neither replaced nor removed, and nothing else is tried.
+TEST_P(Interruption, ANameThatIsTakenMeanwhileIsAnError) {
+    bool isPlanted = false;
+    const Conversion done = convert(m_request, {}, std::chrono::seconds(60), [&](double) {
+        isPlanted = isPlanted || plant(m_request.output, "somebody else's");
+    });
+    ASSERT_TRUE(isPlanted);
+    EXPECT_FALSE(done.mode);
+    EXPECT_EQ(done.sentence, "A file with this name appeared while converting.");
+    EXPECT_EQ(namesIn(m_out), std::vector<std::string>{"out"});
+    EXPECT_EQ(readFile(m_request.output), "somebody else's");
+    EXPECT_TRUE(std::is_sorted(done.progress.begin(), done.progress.end()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, Interruption,
+                         testing::Values(Scene{"Copy", &longCopy}, Scene{"Encode", &longEncode},
+                                         Scene{"Transcode", &longTranscode}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace boxlift::test
