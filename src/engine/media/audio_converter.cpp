@@ -15,8 +15,10 @@ std::vector<const std::uint8_t*> planes(const AVFrame& frame, int skip) {
     const int channels = frame.ch_layout.nb_channels;
     const bool isPlanar = av_sample_fmt_is_planar(format);
     const int step = av_get_bytes_per_sample(format) * (isPlanar ? 1 : channels);
+    const int count = isPlanar ? channels : 1;
     std::vector<const std::uint8_t*> addresses;
-    for (int plane = 0; plane < (isPlanar ? channels : 1); ++plane)
+    addresses.reserve(static_cast<std::size_t>(count));
+    for (int plane = 0; plane < count; ++plane)
         addresses.push_back(frame.extended_data[plane] + static_cast<std::ptrdiff_t>(step) * skip);
     return addresses;
 }

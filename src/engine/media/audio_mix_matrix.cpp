@@ -160,7 +160,8 @@ private:
         if (to == AV_CHAN_NONE)
             return;
         const int row = av_channel_layout_index_from_channel(&m_to.get(), to);
-        m_gains[static_cast<std::size_t>(row * m_from.count() + from)] += gain;
+        const auto width = static_cast<std::size_t>(m_from.count());
+        m_gains[static_cast<std::size_t>(row) * width + static_cast<std::size_t>(from)] += gain;
     }
 
     /// Channels that nobody has named: even ones to the left, odd ones to the right.

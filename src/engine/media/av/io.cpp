@@ -136,7 +136,7 @@ AVIOContext* OutputIo::openReader() {
     IoContextPtr context =
         own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 0, reader.get(),
                                &Reader::read, nullptr, &Reader::seek));
-    reader.release();
+    static_cast<void>(reader.release()); // The context's opaque pointer owns it by now.
     return context.release();
 }
 
