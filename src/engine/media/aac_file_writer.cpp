@@ -194,12 +194,15 @@ bool AacFileWriter::beginFinishing() {
 }
 
 void AacFileWriter::cancelWriting() {
+    {
+        const std::lock_guard lock(m_mutex);
+        // What is being finished may have its name already: finishWriting() tells how it ended.
+        if ((m_status == Status::unknown || m_status == Status::writing) && !m_isFinishing)
+            m_status = Status::cancelled;
+    }
+    // Only now: an append that is let go finds the reason in status().
     m_stop.request_stop();
     m_buffers.abort();
-    const std::lock_guard lock(m_mutex);
-    // What is being finished may have its name already: finishWriting() tells how it ended.
-    if ((m_status == Status::unknown || m_status == Status::writing) && !m_isFinishing)
-        m_status = Status::cancelled;
 }
 
 void AacFileWriter::end(Status status, std::exception_ptr error) {
