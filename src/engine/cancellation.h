@@ -1,17 +1,11 @@
 #pragma once
 
-#include <exception>
 #include <stop_token>
 
 #include "model/cancelled.h"
 
 /// How the engine's operations honour their stop token. Any thread.
 namespace boxlift::Converter {
-
-inline void throwIfStopped(const std::stop_token& stop) {
-    if (stop.stop_requested())
-        throw Cancelled();
-}
 
 /// Carries out `operation` unless a stop is asked for. Once it is, every failure, whatever its
 /// code, is a consequence of the stop and leaves as Cancelled; a success stays a success.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <stop_token>
 
 namespace boxlift {
 
@@ -9,5 +10,10 @@ class Cancelled : public std::exception {
 public:
     const char* what() const noexcept override { return "cancelled"; }
 };
+
+inline void throwIfStopped(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw Cancelled();
+}
 
 } // namespace boxlift

@@ -31,5 +31,13 @@ TEST(Cancelled, IsAStandardExceptionThatNamesItself) {
     }
 }
 
+TEST(ThrowIfStopped, ThrowsOnlyAfterAStop) {
+    std::stop_source source;
+    EXPECT_NO_THROW(throwIfStopped({}));
+    EXPECT_NO_THROW(throwIfStopped(source.get_token()));
+    source.request_stop();
+    EXPECT_THROW(throwIfStopped(source.get_token()), Cancelled);
+}
+
 } // namespace
 } // namespace boxlift

@@ -1,35 +1,14 @@
 #include "engine/media/audio_decoder.h"
 
-#include <new>
-
 #include "engine/media/av/check.h"
 #include "engine/media/av/conversion.h"
+#include "engine/media/av/decoder.h"
 
 namespace boxlift::media {
 
-namespace {
-
-av::CodecContextPtr openDecoder(const AVStream& stream, const std::filesystem::path& path) {
-    constexpr std::string_view what = "open audio decoder";
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (!codec)
-        av::check(AVERROR_DECODER_NOT_FOUND, av::Operation::decode, what, path);
-    av::CodecContextPtr context(avcodec_alloc_context3(codec));
-    if (!context)
-        throw std::bad_alloc();
-    av::check(avcodec_parameters_to_context(context.get(), stream.codecpar), av::Operation::decode,
-              what, path);
-    // Needed for taking priming off the time stamps.
-    context->pkt_timebase = stream.time_base;
-    av::check(avcodec_open2(context.get(), codec, nullptr), av::Operation::decode, what, path);
-    return context;
-}
-
-} // namespace
-
 AudioDecoder::AudioDecoder(const AVStream& stream, const std::filesystem::path& path)
-    : m_path(path), m_timeBase(stream.time_base), m_context(openDecoder(stream, path)),
-      m_frame(av::makeFrame()) {}
+    : m_path(path), m_timeBase(stream.time_base),
+      m_context(av::openDecoder(stream, av::DecoderThreads::one, path)), m_frame(av::makeFrame()) {}
 
 void AudioDecoder::push(const AVPacket& packet, const Sink& sink) {
     // An empty packet would end the stream.

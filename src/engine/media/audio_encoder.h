@@ -33,7 +33,6 @@ public:
     /// Parameters for a stream; its time base too.
     void describe(AVStream& to) const;
     AVRational timeBase() const { return m_context->time_base; }
-    int sampleRate() const { return m_context->sample_rate; }
 
     /// Runs follow one another; the first may begin late. Frames are of `sampleFormat`.
     void push(const AudioRun& run, const Sink& sink);

@@ -8,6 +8,7 @@
 #include "engine/media/av/log.h"
 #include "engine/media/file_metadata.h"
 #include "engine/media/stream_copy.h"
+#include "model/cancelled.h"
 
 namespace boxlift::media {
 
@@ -108,7 +109,7 @@ int Muxer::closeIo(AVFormatContext*, AVIOContext* io) noexcept {
 }
 
 void Muxer::fail(int code, std::string_view what) {
-    av::throwIfStopped(m_stop);
+    throwIfStopped(m_stop);
     if (m_io.writeError())
         throwWriteError(m_io.writeError(), what, m_file->path());
     av::check(code, av::Operation::mux, what, m_file->path());
@@ -155,7 +156,7 @@ void Muxer::writePictures() {
 }
 
 void Muxer::write(AVPacket& packet) {
-    av::throwIfStopped(m_stop);
+    throwIfStopped(m_stop);
     const int result = av_interleaved_write_frame(m_context.get(), &packet);
     if (result < 0 || m_io.writeError())
         fail(std::min(result, 0), "write media");
@@ -173,7 +174,7 @@ void Muxer::finish() {
     if (result < 0 || m_io.writeError())
         fail(result, "write index");
     m_file->sync();
-    av::throwIfStopped(m_stop);
+    throwIfStopped(m_stop);
     m_file->publish();
     m_finishedFraction.store(1);
 }

@@ -12,6 +12,7 @@
 
 #include "engine/media/error.h"
 #include "engine/media/platform_files.h"
+#include "engine/media/write_error.h"
 
 namespace boxlift::media {
 
@@ -19,26 +20,6 @@ namespace {
 
 constexpr std::string_view hiddenPrefix = ".boxlift-";
 constexpr std::string_view hiddenSuffix = ".part";
-
-struct WriteErrorRow {
-    int error;
-    ErrorKind kind;
-};
-
-constexpr std::array writeErrors{
-    WriteErrorRow{ENOSPC, ErrorKind::noSpace},       WriteErrorRow{EDQUOT, ErrorKind::noSpace},
-    WriteErrorRow{EFBIG, ErrorKind::noSpace},        WriteErrorRow{EEXIST, ErrorKind::nameTaken},
-    WriteErrorRow{EACCES, ErrorKind::notPermitted},  WriteErrorRow{EPERM, ErrorKind::notPermitted},
-    WriteErrorRow{EROFS, ErrorKind::notPermitted},   WriteErrorRow{ENOENT, ErrorKind::notPermitted},
-    WriteErrorRow{ENOTDIR, ErrorKind::notPermitted},
-};
-
-ErrorKind writeErrorKind(int error) {
-    for (const WriteErrorRow& row : writeErrors)
-        if (row.error == error)
-            return row.kind;
-    return ErrorKind::unknown;
-}
 
 std::filesystem::path folderOf(const std::filesystem::path& path) {
     const auto folder = path.parent_path();

@@ -98,11 +98,11 @@ void ReencodePipeline::start(OtherTrack& track) {
 av::PacketPtr ReencodePipeline::next() {
     const std::stop_callback wake(m_stop, [this] { m_threads.abort(); });
     std::optional<av::PacketPtr> packet = m_encoded.pop();
-    av::throwIfStopped(m_stop);
+    throwIfStopped(m_stop);
     if (packet)
         return std::move(*packet);
     m_threads.join();
-    av::throwIfStopped(m_stop);
+    throwIfStopped(m_stop);
     m_threads.rethrow();
     return nullptr;
 }

@@ -87,7 +87,7 @@ void ReencodeTracks::addTexts() {
 }
 
 void ReencodeTracks::remember(int stream) {
-    m_outputs.push_back({stream, m_source.range(stream), Time()});
+    m_outputs.push_back({m_source.range(stream), Time()});
 }
 
 void ReencodeTracks::write(AVPacket& packet) {

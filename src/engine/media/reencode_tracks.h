@@ -30,7 +30,6 @@ public:
 
 private:
     struct Output {
-        int stream = 0;
         TimeRange range; ///< Of the source's track.
         Time end;        ///< Of what has been written; invalid before the first packet.
     };

@@ -1,8 +1,7 @@
 #include "engine/media/video_decoder.h"
 
-#include <new>
-
 #include "engine/media/av/check.h"
+#include "engine/media/av/decoder.h"
 
 namespace boxlift::media {
 
@@ -13,27 +12,11 @@ using av::Operation;
 /// Each failure belongs to one of the packets in the decoder; no decoder holds so many.
 constexpr int mostFailures = 256;
 
-av::CodecContextPtr openDecoder(const AVStream& source, const std::filesystem::path& path) {
-    const AVCodec* codec = avcodec_find_decoder(source.codecpar->codec_id);
-    if (!codec)
-        av::check(AVERROR_DECODER_NOT_FOUND, Operation::decode, "find video decoder", path);
-    av::CodecContextPtr context(avcodec_alloc_context3(codec));
-    if (!context)
-        throw std::bad_alloc();
-    av::check(avcodec_parameters_to_context(context.get(), source.codecpar), Operation::decode,
-              "configure video decoder", path);
-    context->pkt_timebase = source.time_base;
-    context->thread_count = 0;
-    context->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
-    av::check(avcodec_open2(context.get(), codec, nullptr), Operation::decode, "open video decoder",
-              path);
-    return context;
-}
-
 } // namespace
 
 VideoDecoder::VideoDecoder(const AVStream& source, const std::filesystem::path& path)
-    : m_path(path), m_context(openDecoder(source, path)), m_frame(av::makeFrame()) {}
+    : m_path(path), m_context(av::openDecoder(source, av::DecoderThreads::allCores, path)),
+      m_frame(av::makeFrame()) {}
 
 void VideoDecoder::push(const AVPacket& packet, const Sink& sink) {
     // An empty packet would mean the end.

@@ -9,26 +9,22 @@
 #include <chrono>
 #include <csignal>
 
-#include "engine/media/reencoder.h"
-#include "support/media_generator.h"
+#include "engine/media/reencode_fixture.h"
 #include "support/media_probe.h"
-#include "support/temp_folder.h"
 
 namespace boxlift::media {
 
 namespace {
 
 using namespace std::chrono_literals;
-using boxlift::test::makeMedia;
 using boxlift::test::MediaSpec;
-using boxlift::test::MissingEncoder;
 using Status = ExportSession::Status;
 using Clock = std::chrono::steady_clock;
 
 /// A stop is answered within a tenth of a second; the rest is for slow test machines.
 constexpr auto patience = 3s;
 
-class ReencodePipelineTest : public testing::Test {
+class ReencodePipelineTest : public test::ReencodeFixture {
 protected:
     void SetUp() override {
         MediaSpec spec;
@@ -38,11 +34,8 @@ protected:
                        .bFrames = 2,
                        .encoderOptions = {{"preset", "ultrafast"}}}};
         spec.audio = {{}, {.layout = "mono"}};
-        try {
-            makeMedia(source(), spec);
-        } catch (const MissingEncoder& missing) {
-            GTEST_SKIP() << missing.what();
-        }
+        if (!make(spec))
+            GTEST_SKIP() << m_missing;
     }
     std::unique_ptr<ExportSession> session() {
         return test::makeSession(*test::openAsset(source()), output(), {.optimize = true});
@@ -57,11 +50,6 @@ protected:
         while (!session.waitUntilFinished(10ms))
             ASSERT_LT(Clock::now() - start, patience);
     }
-    std::filesystem::path source() const { return m_folder.path() / "source"; }
-    std::filesystem::path output() const { return m_folder.path() / "out"; }
-    std::vector<std::string> left() const { return test::contents(m_folder.path()); }
-
-    boxlift::test::TempFolder m_folder;
 };
 
 const std::vector<std::string> onlySource{"source"};
@@ -71,7 +59,7 @@ TEST_F(ReencodePipelineTest, StopsBeforeItHasBegun) {
     cancelled->cancelExport();
     EXPECT_EQ(test::run(*cancelled).status, Status::cancelled);
     EXPECT_EQ(cancelled->error(), nullptr);
-    EXPECT_EQ(left(), onlySource);
+    EXPECT_EQ(folderContents(), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, StopsAtOnceWhereverItIs) {
@@ -81,7 +69,7 @@ TEST_F(ReencodePipelineTest, StopsAtOnceWhereverItIs) {
         cancelAt(*cancelled, fraction);
         EXPECT_EQ(cancelled->status(), Status::cancelled);
         EXPECT_LT(cancelled->progress(), 1);
-        EXPECT_EQ(left(), onlySource);
+        EXPECT_EQ(folderContents(), onlySource);
     }
 }
 
@@ -89,9 +77,9 @@ TEST_F(ReencodePipelineTest, IsEitherWholeOrNothingWhenStoppedAtTheEnd) {
     const auto cancelled = session();
     cancelAt(*cancelled, 0.96F);
     if (cancelled->status() == Status::completed)
-        EXPECT_EQ(left(), (std::vector<std::string>{"out", "source"}));
+        EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
     else
-        EXPECT_EQ(left(), onlySource);
+        EXPECT_EQ(folderContents(), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, ChangesNothingWhenStoppedAfterTheEnd) {
@@ -111,7 +99,7 @@ TEST_F(ReencodePipelineTest, EndsWithItsSession) {
         abandoned->waitUntilFinished(50ms);
     }
     EXPECT_LT(Clock::now() - start, patience);
-    EXPECT_EQ(left(), onlySource);
+    EXPECT_EQ(folderContents(), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, LeavesSomeoneElsesFileAlone) {
@@ -124,13 +112,13 @@ TEST_F(ReencodePipelineTest, LeavesSomeoneElsesFileAlone) {
     }
     EXPECT_EQ(late->status(), Status::failed);
     EXPECT_EQ(boxlift::test::readFile(output()), "mine");
-    EXPECT_EQ(left(), (std::vector<std::string>{"out", "source"}));
+    EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
 }
 
 TEST_F(ReencodePipelineTest, NeedsAFolderThatCanBeWrittenTo) {
     if (geteuid() == 0)
         GTEST_SKIP() << "the superuser may write anywhere";
-    const auto folder = m_folder.path() / "closed";
+    const auto folder = source().parent_path() / "closed";
     std::filesystem::create_directory(folder);
     chmod(folder.c_str(), 0500);
     const auto result = test::reencode(source(), folder / "out");
@@ -153,7 +141,7 @@ TEST_F(ReencodePipelineTest, NeedsAFolderThatCanBeWrittenTo) {
 TEST_F(ReencodePipelineTest, LeavesNothingOnAFullDisk) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exportIntoALittleRoom(source(), output()), testing::ExitedWithCode(0), "");
-    EXPECT_EQ(left(), onlySource);
+    EXPECT_EQ(folderContents(), onlySource);
 }
 
 } // namespace

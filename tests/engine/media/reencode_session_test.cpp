@@ -4,54 +4,33 @@
 
 #include <algorithm>
 
-#include "engine/media/reencoder.h"
+#include "engine/media/reencode_fixture.h"
 #include "support/media_boxes.h"
 #include "support/media_decode.h"
-#include "support/media_generator.h"
 #include "support/media_measure.h"
 #include "support/media_probe.h"
-#include "support/temp_folder.h"
 
 namespace boxlift::media {
 
 namespace {
 
-using boxlift::test::makeMedia;
 using boxlift::test::MediaSpec;
-using boxlift::test::MissingEncoder;
 using boxlift::test::probe;
 using boxlift::test::ProbedFile;
 using boxlift::test::ProbedStream;
 using boxlift::test::VideoSpec;
 using Status = ExportSession::Status;
 
-class ReencodeSessionTest : public testing::Test {
+class ReencodeSessionTest : public test::ReencodeFixture {
 protected:
-    /// Makes a source; false when an encoder for it is missing.
-    bool make(const MediaSpec& spec) {
-        try {
-            makeMedia(source(), spec);
-            return true;
-        } catch (const MissingEncoder& missing) {
-            m_missing = missing.what();
-            return false;
-        }
-    }
     /// The output of one export, which must succeed and leave nothing else.
     ProbedFile exported(const test::ReencodeOptions& options = {}) {
         std::filesystem::remove(output());
         const auto result = test::reencode(source(), output(), options);
         EXPECT_EQ(result.status, Status::completed);
-        EXPECT_EQ(test::contents(m_folder.path()), (std::vector<std::string>{"out", "source"}));
+        EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
         return probe(output());
     }
-    std::filesystem::path source() const { return m_folder.path() / "source"; }
-    std::filesystem::path output() const { return m_folder.path() / "out"; }
-
-    std::string m_missing;
-
-private:
-    boxlift::test::TempFolder m_folder;
 };
 
 MediaSpec withVideo(const VideoSpec& video, const std::string& format = "mov") {

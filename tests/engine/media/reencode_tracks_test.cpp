@@ -6,36 +6,23 @@
 #include <fstream>
 
 #include "engine/media/file_composition.h"
-#include "engine/media/reencoder.h"
+#include "engine/media/reencode_fixture.h"
 #include "support/media_boxes.h"
 #include "support/media_decode.h"
-#include "support/media_generator.h"
 #include "support/media_probe.h"
-#include "support/temp_folder.h"
 
 namespace boxlift::media {
 
 namespace {
 
-using boxlift::test::makeMedia;
 using boxlift::test::MediaSpec;
-using boxlift::test::MissingEncoder;
 using boxlift::test::probe;
 using boxlift::test::ProbedFile;
 using boxlift::test::StreamKind;
 using Status = ExportSession::Status;
 
-class ReencodeTracksTest : public testing::Test {
+class ReencodeTracksTest : public test::ReencodeFixture {
 protected:
-    bool make(const MediaSpec& spec) {
-        try {
-            makeMedia(source(), spec);
-            return true;
-        } catch (const MissingEncoder& missing) {
-            m_missing = missing.what();
-            return false;
-        }
-    }
     ProbedFile exported(const test::ReencodeOptions& options = {}) {
         EXPECT_EQ(test::reencode(source(), output(), options).status, Status::completed);
         return probe(output());
@@ -46,7 +33,7 @@ protected:
         EXPECT_EQ(result.status, Status::failed);
         EXPECT_EQ(result.error, kind);
         EXPECT_LT(result.lastProgress, 1);
-        EXPECT_EQ(test::contents(m_folder.path()), std::vector<std::string>{"source"});
+        EXPECT_EQ(folderContents(), std::vector<std::string>{"source"});
     }
     /// Overwrites a part of the source, given as fractions of its length.
     void damage(double from, double to) {
@@ -61,13 +48,6 @@ protected:
         const auto size = static_cast<double>(std::filesystem::file_size(source()));
         std::filesystem::resize_file(source(), static_cast<std::uintmax_t>(size * to));
     }
-    std::filesystem::path source() const { return m_folder.path() / "source"; }
-    std::filesystem::path output() const { return m_folder.path() / "out"; }
-
-    std::string m_missing;
-
-private:
-    boxlift::test::TempFolder m_folder;
 };
 
 MediaSpec movie() {

@@ -5,34 +5,12 @@
 
 #include "engine/media/av/ffmpeg.h"
 #include "engine/media/av/log.h"
+#include "engine/media/write_error.h"
 #include "model/cancelled.h"
 
 namespace boxlift::media::av {
 
 namespace {
-
-struct CodeRow {
-    int code;
-    ErrorKind kind;
-};
-
-/// Codes that mean the same whatever the operation.
-constexpr std::array writingCodes{
-    CodeRow{AVERROR(ENOSPC), ErrorKind::noSpace},
-    CodeRow{AVERROR(EDQUOT), ErrorKind::noSpace},
-    CodeRow{AVERROR(EFBIG), ErrorKind::noSpace},
-    CodeRow{AVERROR(EROFS), ErrorKind::notPermitted},
-    CodeRow{AVERROR(EACCES), ErrorKind::notPermitted},
-    CodeRow{AVERROR(EPERM), ErrorKind::notPermitted},
-    CodeRow{AVERROR(EEXIST), ErrorKind::nameTaken},
-};
-
-ErrorKind writingKind(int code) {
-    for (const CodeRow& row : writingCodes)
-        if (row.code == code)
-            return row.kind;
-    return ErrorKind::unknown;
-}
 
 ErrorKind readingKind(int code) {
     // FFmpeg's own codes speak of the contents, the system's of the file.
@@ -54,9 +32,8 @@ ErrorKind kindOf(int code, Operation operation) {
     case Operation::filter:
     case Operation::encode:
         return ErrorKind::cannotEncode;
-    case Operation::write:
     case Operation::mux:
-        return writingKind(code);
+        return writeErrorKind(AVUNERROR(code));
     }
     return ErrorKind::unknown;
 }
@@ -70,12 +47,7 @@ int check(int result, Operation operation, std::string_view what,
     if (result == AVERROR_EXIT)
         throw Cancelled();
     throw Error(kindOf(result, operation), what, path,
-                describe(result) + "; last message: " + lastLogLine());
-}
-
-void throwIfStopped(const std::stop_token& stop) {
-    if (stop.stop_requested())
-        throw Cancelled();
+                describe(result) + "; last message: " + takeLastLogLine());
 }
 
 std::string describe(int code) {

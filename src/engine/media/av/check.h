@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -10,7 +9,7 @@
 namespace boxlift::media::av {
 
 /// What a failing call was for: decides, with the code, which sentence people see.
-enum class Operation { open, read, decode, filter, encode, write, mux };
+enum class Operation { open, read, decode, filter, encode, mux };
 
 /// The one gate from FFmpeg codes to errors: returns `result` when it is not negative, else throws
 /// media::Error with the operation, the path and the last line that the libraries logged on this
@@ -18,9 +17,6 @@ enum class Operation { open, read, decode, filter, encode, write, mux };
 /// return values and must not reach it.
 int check(int result, Operation operation, std::string_view what,
           const std::filesystem::path& path);
-
-/// Throws Cancelled when a stop was asked for.
-void throwIfStopped(const std::stop_token& stop);
 
 /// The text of an FFmpeg code.
 std::string describe(int code);

@@ -7,6 +7,7 @@
 #include "engine/media/av/check.h"
 #include "engine/media/av/log.h"
 #include "engine/media/containers.h"
+#include "model/cancelled.h"
 
 namespace boxlift::media::av {
 
@@ -51,6 +52,8 @@ Demuxer::Demuxer(std::shared_ptr<const InputFile> file, ProbeDepth depth, std::s
 std::unique_ptr<Demuxer> Demuxer::open(std::shared_ptr<const InputFile> file, ProbeDepth depth,
                                        std::stop_token stop) {
     captureLog();
+    // What another file's opening left there would only mislead.
+    takeLastLogLine();
     std::unique_ptr<Demuxer> demuxer(new Demuxer(std::move(file), depth, std::move(stop)));
     demuxer->m_io.setDeadline(Clock::now() + openingTime);
     demuxer->openContext();

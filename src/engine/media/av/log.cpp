@@ -30,8 +30,9 @@ void captureLog() {
     std::call_once(once, [] { av_log_set_callback(keepLine); });
 }
 
-std::string lastLogLine() {
+std::string takeLastLogLine() {
     std::string line(lastLine.data());
+    lastLine.front() = '\0';
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
         line.pop_back();
     return line.empty() ? "none" : line;

@@ -8,7 +8,7 @@ namespace boxlift::media::av {
 /// thread is kept for error reports. May be called any number of times, on any thread.
 void captureLog();
 
-/// The last line that was logged on this thread, "none" before the first.
-std::string lastLogLine();
+/// The last line that was logged on this thread since the last call, "none" when there is none.
+std::string takeLastLogLine();
 
 } // namespace boxlift::media::av

@@ -12,9 +12,9 @@ namespace boxlift::media::av {
 TEST(Log, KeepsTheLastErrorOrWarning) {
     captureLog();
     av_log(nullptr, AV_LOG_ERROR, "an error %d\n", 1);
-    EXPECT_EQ(lastLogLine(), "an error 1");
+    EXPECT_EQ(takeLastLogLine(), "an error 1");
     av_log(nullptr, AV_LOG_WARNING, "a warning\r\n");
-    EXPECT_EQ(lastLogLine(), "a warning");
+    EXPECT_EQ(takeLastLogLine(), "a warning");
 }
 
 TEST(Log, PassesOverChatter) {
@@ -22,7 +22,7 @@ TEST(Log, PassesOverChatter) {
     av_log(nullptr, AV_LOG_ERROR, "an error\n");
     av_log(nullptr, AV_LOG_INFO, "chatter\n");
     av_log(nullptr, AV_LOG_DEBUG, "more\n");
-    EXPECT_EQ(lastLogLine(), "an error");
+    EXPECT_EQ(takeLastLogLine(), "an error");
 }
 
 TEST(Log, PrintsNothing) {
@@ -39,21 +39,21 @@ TEST(Log, IsEachThreadsOwn) {
     std::string after;
     std::thread other([&] {
         captureLog();
-        before = lastLogLine();
+        before = takeLastLogLine();
         av_log(nullptr, AV_LOG_ERROR, "there\n");
-        after = lastLogLine();
+        after = takeLastLogLine();
     });
     other.join();
     EXPECT_EQ(before, "none");
     EXPECT_EQ(after, "there");
-    EXPECT_EQ(lastLogLine(), "here");
+    EXPECT_EQ(takeLastLogLine(), "here");
 }
 
 TEST(Log, CutsLongLines) {
     captureLog();
     const std::string line(5000, 'x');
     av_log(nullptr, AV_LOG_ERROR, "%s\n", line.c_str());
-    const std::string kept = lastLogLine();
+    const std::string kept = takeLastLogLine();
     EXPECT_GE(kept.size(), 100U);
     EXPECT_LT(kept.size(), 1000U);
     EXPECT_EQ(kept, std::string(kept.size(), 'x'));
