@@ -5,6 +5,8 @@
 #include <system_error>
 #include <vector>
 
+#include <QCoreApplication>
+
 #include "drive/command_line.h"
 #include "drive/drive.h"
 #include "drive/standard_streams.h"
@@ -22,9 +24,12 @@ CommandLine readCommandLine(int argc, char** argv) {
 
 int run(int argc, char** argv) {
     const CommandLine commandLine = readCommandLine(argc, argv);
-    const StopOnSignals signals;
+    // Qt takes over the user's locale, and with it how C functions write and read numbers.
+    qputenv("LC_ALL", "C.UTF-8");
+    const StopOnSignals stopSignals;
+    const QCoreApplication application(argc, argv);
     return static_cast<int>(
-        drive(commandLine, converterEngine(), writeToStandardOutput, signals.token()));
+        drive(commandLine, boxlift::converterEngine(), writeToStandardOutput, stopSignals.token()));
 }
 
 } // namespace

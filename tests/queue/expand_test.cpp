@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "support/temp_folder.h"
+#include "support/without_privileges.h"
 
 namespace boxlift {
 namespace {
@@ -222,15 +223,28 @@ TEST(Expand, KeepsEveryByteOfAName) {
 }
 
 TEST(Expand, GoesOnPastASubfolderThatMayNotBeRead) {
-    if (::geteuid() == 0)
-        GTEST_SKIP() << "the superuser may read every folder";
     const TempFolder folder;
     const auto a = writeFile(folder.path() / "a.mov");
     writeFile(folder.path() / "closed" / "b.mov");
     const auto c = writeFile(folder.path() / "open" / "c.mov");
     fs::permissions(folder.path() / "closed", fs::perms::none);
+    {
+        const test::WithoutPrivileges ordinary(folder.path());
 
-    EXPECT_THAT(expand({folder.path()}), UnorderedElementsAre(a, c));
+        EXPECT_THAT(expand({folder.path()}), UnorderedElementsAre(a, c));
+    }
+    fs::permissions(folder.path() / "closed", fs::perms::owner_all);
+}
+
+TEST(Expand, GivesNothingForAFolderThatMayNotBeRead) {
+    const TempFolder folder;
+    writeFile(folder.path() / "closed" / "b.mov");
+    fs::permissions(folder.path() / "closed", fs::perms::none);
+    {
+        const test::WithoutPrivileges ordinary(folder.path());
+
+        EXPECT_THAT(expand({folder.path() / "closed"}), IsEmpty());
+    }
     fs::permissions(folder.path() / "closed", fs::perms::owner_all);
 }
 

@@ -89,6 +89,18 @@ TEST(BoxliftDrive, HasNothingToDoForAnEmptyFolder) {
                                "\n");
 }
 
+TEST(BoxliftDrive, LeavesThePreferencesOfTheUserAlone) {
+    const TempFolder folder;
+    const fs::path home = folder.path() / "home";
+    fs::create_directory(home);
+    const Finished finished = test::runProgram(
+        {"/usr/bin/env", "HOME=" + home.native(), "XDG_CONFIG_HOME=" + home.native(), BOXLIFT_DRIVE,
+         "convert", "--output-dir", (folder.path() / "out").native(), folder.path().native()});
+
+    EXPECT_EQ(finished.exitStatus, 0);
+    EXPECT_TRUE(fs::is_empty(home));
+}
+
 TEST(BoxliftDrive, FailsWhenItsOutputIsClosed) {
     const TempFolder folder;
 

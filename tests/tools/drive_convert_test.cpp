@@ -290,6 +290,42 @@ TEST_F(DriveConvert, WritesTheFirstReportAtOnce) {
     EXPECT_TRUE(seen);
 }
 
+TEST_F(DriveConvert, WritesAReportThatRepeatsOnce) {
+    fake.converts("/a.mov", [this](const auto& call, const auto& progress, const auto& stop) {
+        progress(0.5);
+        EXPECT_TRUE(lines.waitFor(progressLine("/a.mov", "0.5")));
+        progress(0.5);
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        progress(1.0);
+        return test::copyAtOnce(call, progress, stop);
+    });
+    run({"/a.mov"});
+
+    EXPECT_THAT(lines.with(R"("progress")"),
+                ElementsAre(progressLine("/a.mov", "0.5"), progressLine("/a.mov", "1")));
+}
+
+TEST_F(DriveConvert, CompletesTheProgressOfAConversionThatReportsNothing) {
+    fake.converts("/a.mov",
+                  [](const auto&, const auto&, const auto&) -> Mode { return Mode::reencode; });
+    run({"/a.mov"});
+
+    EXPECT_THAT(runLines(),
+                ElementsAre(progressLine("/a.mov", "1"), doneLine("/a.mov", "a.mp4", "reencode"),
+                            HasSubstr("finished")));
+}
+
+TEST_F(DriveConvert, WritesTheProgressOfAConversionThatFails) {
+    fake.converts("/a.mov", [](const auto&, const auto& progress, const auto&) -> Mode {
+        progress(0.0);
+        throw ConvertError("Export failed.");
+    });
+    run({"/a.mov"});
+
+    EXPECT_THAT(runLines(), ElementsAre(progressLine("/a.mov", "0"), HasSubstr("Export failed."),
+                                        HasSubstr("finished")));
+}
+
 TEST_F(DriveConvert, WritesProgressAtMostTenTimesASecond) {
     const auto start = std::chrono::steady_clock::now();
     fake.converts("/a.mov", [](const auto&, const auto& progress, const auto&) {

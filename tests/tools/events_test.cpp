@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 #include "tools/fake_engine.h"
@@ -9,13 +10,29 @@
 namespace boxlift::drive {
 namespace {
 
-Job filmJob() {
-    return {.url = "/films/in.mov", .info = test::filmInfo(), .state = Job::State::ready};
-}
+/// A job as it is after its analysis, which finds `info`.
+class ReadyJob {
+public:
+    explicit ReadyJob(const MediaInfo& info, const JobSettings& settings = {})
+        : m_workers({.analyze = [info](const auto&, const auto&) { return info; }, .convert = {}}),
+          m_job(std::make_shared<Job>("/films/in.mov", settings, m_workers)) {
+        const auto analysis = m_job->analyze();
+        while (!analysis.isReady())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    const Job& operator*() const { return *m_job; }
+
+private:
+    Workers m_workers;
+    std::shared_ptr<Job> m_job;
+};
 
 TEST(ReadyEvent, TellsWhatAnalysisFoundAndWhatWillBeDone) {
+    const ReadyJob job(test::filmInfo());
+
     EXPECT_EQ(
-        readyEvent(filmJob()),
+        readyEvent(*job),
         R"({"event":"ready","url":"/films/in.mov","info":{"hasVideo":true,"hasAudio":true,)"
         R"("videoCodec":"avc1","audioCodec":"aac ","width":1920,"height":1080,"duration":12.5},)"
         R"("summary":"H.264 1920×1080 · AAC · 0:13","target":"mp4","size":"original",)"
@@ -24,24 +41,19 @@ TEST(ReadyEvent, TellsWhatAnalysisFoundAndWhatWillBeDone) {
 }
 
 TEST(ReadyEvent, TellsTheSettings) {
-    Job job = filmJob();
-    job.target = Target::mov;
-    job.size = SizeOption::p720;
-    job.removeAudio = true;
+    const ReadyJob job(test::filmInfo(), {Target::mov, SizeOption::p720, true});
 
-    EXPECT_NE(readyEvent(job).find(R"("target":"mov","size":"p720","removeAudio":true,)"
-                                   R"("blocker":null,"plan":{"mode":"reencode",)"
-                                   R"("detail":"Video scaled to 720p"}})"),
+    EXPECT_NE(readyEvent(*job).find(R"("target":"mov","size":"p720","removeAudio":true,)"
+                                    R"("blocker":null,"plan":{"mode":"reencode",)"
+                                    R"("detail":"Video scaled to 720p"}})"),
               std::string::npos);
 }
 
 TEST(ReadyEvent, OfABlockedJobHasTheReasonAndNoPlan) {
-    Job job = filmJob();
-    job.info = test::silentInfo();
-    job.target = Target::m4a;
+    const ReadyJob job(test::silentInfo(), {.target = Target::m4a});
 
     EXPECT_EQ(
-        readyEvent(job),
+        readyEvent(*job),
         R"({"event":"ready","url":"/films/in.mov","info":{"hasVideo":true,"hasAudio":false,)"
         R"("videoCodec":"avc1","audioCodec":null,"width":1920,"height":1080,"duration":2},)"
         R"("summary":"H.264 1920×1080 · 0:02","target":"m4a","size":"original",)"
@@ -49,18 +61,20 @@ TEST(ReadyEvent, OfABlockedJobHasTheReasonAndNoPlan) {
 }
 
 TEST(ReadyEvent, WritesUnknownDurationsAsNull) {
-    Job job = filmJob();
-    job.info->duration = std::nan("");
+    MediaInfo info = test::filmInfo();
+    info.duration = std::nan("");
+    const ReadyJob job(info);
 
-    EXPECT_NE(readyEvent(job).find(R"("duration":null})"), std::string::npos);
+    EXPECT_NE(readyEvent(*job).find(R"("duration":null})"), std::string::npos);
 }
 
 TEST(ReadyEvent, WritesCodesAsMacRomanUntrimmed) {
-    Job job = filmJob();
-    job.info->videoCodec = 0x80208E20;
-    job.info->audioCodec = 0x20090022;
+    MediaInfo info = test::filmInfo();
+    info.videoCodec = 0x80208E20;
+    info.audioCodec = 0x20090022;
+    const ReadyJob job(info);
 
-    EXPECT_NE(readyEvent(job).find(R"("videoCodec":"Ä é ","audioCodec":" \u0009\u0000\"")"),
+    EXPECT_NE(readyEvent(*job).find(R"("videoCodec":"Ä é ","audioCodec":" \u0009\u0000\"")"),
               std::string::npos);
 }
 

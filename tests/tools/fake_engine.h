@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "drive/engine.h"
 #include "drive/event_writer.h"
+#include "queue/engine.h"
 
 namespace boxlift::drive::test {
 

@@ -1,54 +1,60 @@
 #include "drive/drive.h"
 
-#include <algorithm>
-#include <string>
-#include <thread>
-#include <unordered_set>
-#include <vector>
+#include <QCoreApplication>
 
-#include "drive/analysis.h"
-#include "drive/conversion.h"
 #include "drive/events.h"
-#include "queue/expand.h"
+#include "drive/job_reporter.h"
+#include "drive/memory_preferences.h"
+#include "drive/no_chooser.h"
+#include "queue/queue.h"
 
 namespace boxlift::drive {
 
 namespace {
 
-/// One job per file, with the defaults of the command line.
-std::vector<Job> makeJobs(const CommandLine& line) {
-    std::vector<Job> jobs;
-    std::unordered_set<std::string> queued;
-    for (const std::filesystem::path& file : expand(line.paths)) {
-        if (!queued.insert(file.native()).second)
-            continue;
-        jobs.push_back({.url = file,
-                        .target = line.target,
-                        .size = line.size,
-                        .removeAudio = line.removeAudio});
-    }
-    return jobs;
+template <typename Condition>
+void waitUntil(Condition isTrue) {
+    while (!isTrue())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-/// In `analyze` a job has ended well when it is ready, whatever stands in the way of converting it.
-Counts count(const std::vector<Job>& jobs, Command command) {
-    const bool converts = command == Command::convert;
-    const Job::State good = converts ? Job::State::done : Job::State::ready;
-    const auto number = [&](auto predicate) {
-        return static_cast<int>(std::ranges::count_if(jobs, predicate));
-    };
-    return {.done = number([&](const Job& job) { return job.state == good; }),
-            .failed = number([](const Job& job) { return job.state == Job::State::failed; }),
-            .blocked = number([&](const Job& job) { return converts && blocker(job); })};
+/// There is nothing to press while no run goes on.
+void pressStop(const Queue& queue) {
+    if (Task* task = queue.task())
+        task->cancel();
 }
 
-ExitStatus statusOf(const std::vector<Job>& jobs, const Counts& counts) {
-    return counts.done == static_cast<int>(jobs.size()) ? ExitStatus::allWell
-                                                        : ExitStatus::someFailed;
+void fill(Queue& queue, const CommandLine& line) {
+    queue.setDefaultTarget(line.target);
+    queue.setDefaultSize(line.size);
+    queue.setDefaultRemoveAudio(line.removeAudio);
+    queue.setOutputDir(line.outputDir);
+    queue.addPaths(line.paths);
 }
 
-unsigned coreCount() {
-    return std::max(1u, std::thread::hardware_concurrency());
+/// From the paths to the last job. The queue's end takes with it the analyses that a stop broke
+/// off.
+void runQueue(const CommandLine& line, const Engine& engine, JobReporter& reporter,
+              const std::stop_token& stop) {
+    NoChooser chooser;
+    MemoryPreferences preferences;
+    Queue queue({.engine = engine, .chooser = chooser, .preferences = preferences, .folders = {}});
+    // Wakes up the waiting below, too.
+    const std::stop_callback forward(stop, [&queue, mailbox = queue.mailbox()] {
+        mailbox->post([&queue] { pressStop(queue); });
+    });
+    fill(queue, line);
+    for (const auto& job : queue.jobs())
+        reporter.watch(*job);
+    waitUntil([&] { return reporter.hasAllAnalyses() || stop.stop_requested(); });
+    if (line.command == Command::analyze || stop.stop_requested())
+        return;
+    queue.startAll();
+    waitUntil([&] { return !queue.isRunning(); });
+}
+
+ExitStatus statusOf(const Counts& counts, int jobCount) {
+    return counts.done == jobCount ? ExitStatus::allWell : ExitStatus::someFailed;
 }
 
 } // namespace
@@ -58,16 +64,14 @@ ExitStatus drive(const CommandLine& commandLine, const Engine& engine, const Lin
     std::stop_source stopSource;
     const std::stop_callback forward(stop, [&] { stopSource.request_stop(); });
     EventWriter events(sink, stopSource);
-    std::vector<Job> jobs = makeJobs(commandLine);
-    analyzeJobs(jobs, engine, coreCount(), events, stopSource.get_token());
-    if (commandLine.command == Command::convert)
-        convertJobs(jobs, commandLine.outputDir, engine, events, stopSource.get_token());
+    JobReporter reporter(events, stopSource.get_token());
+    runQueue(commandLine, engine, reporter, stopSource.get_token());
     const bool wasStopped = stop.stop_requested();
-    const Counts counts = count(jobs, commandLine.command);
+    const Counts counts = reporter.counts(commandLine.command);
     events.write(finishedEvent(counts));
     if (wasStopped)
         return ExitStatus::stopped;
-    return events.isBroken() ? ExitStatus::someFailed : statusOf(jobs, counts);
+    return events.isBroken() ? ExitStatus::someFailed : statusOf(counts, reporter.jobCount());
 }
 
 } // namespace boxlift::drive

@@ -50,14 +50,14 @@ std::optional<JsonObject> planObject(const std::optional<Plan>& plan) {
 } // namespace
 
 std::string readyEvent(const Job& job) {
-    return eventOf("ready", job.url)
-        .object("info", infoObject(*job.info))
-        .text("summary", job.info->summary())
-        .text("target", rawValue(job.target))
-        .text("size", rawValue(job.size))
-        .boolean("removeAudio", job.removeAudio)
-        .textOrNull("blocker", blocker(job))
-        .objectOrNull("plan", planObject(plan(job)))
+    return eventOf("ready", job.path())
+        .object("info", infoObject(*job.info()))
+        .text("summary", job.info()->summary())
+        .text("target", rawValue(job.target()))
+        .text("size", rawValue(job.size()))
+        .boolean("removeAudio", job.removeAudio())
+        .textOrNull("blocker", job.blocker())
+        .objectOrNull("plan", planObject(job.plan()))
         .line();
 }
 

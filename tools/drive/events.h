@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "drive/job.h"
 #include "model/mode.h"
+#include "queue/job.h"
 
 /// The tool's events, each as a line of JSON without its line end.
 namespace boxlift::drive {
