@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs scripts/run with a build, a converter and a sample clip that are made up.
+# Runs scripts/run with a build, a window, a demonstration and clips that are made up.
 set -euo pipefail
 source "$(dirname -- "${BASH_SOURCE[0]}")/planting.sh"
 
@@ -13,72 +13,65 @@ $2"
     chmod +x "$tree/$1"
 }
 
-# The converter keeps its arguments and says what the test wants it to say.
-program scripts/setup 'echo "$@" >"${0%/*}/../sections"'
+program scripts/setup 'echo "$@" >>"${0%/*}/../sections"'
 program bin/cmake 'echo "cmake $*"; [[ ! -e "${0%/*}/../broken" ]]'
 program build/release/bin/boxlift-sample 'echo clip >"$1"'
-program build/release/bin/boxlift-drive "printf '%s\n' \"\$@\" >'$tree/arguments'
-cat '$tree/events'
-exit \"\$(cat '$tree/status')\""
+program build/release/bin/boxlift 'echo window; printf "%s\n" "$@"'
+plant tools/desktop/demo.py 'import sys
+print("demo")
+print("\n".join(sys.argv[1:]))'
 
-# run FILE...: from a folder whose name has a space in it.
+# run DISPLAY FILE...: from a folder whose name has a space in it.
 run() {
-    rm -f "$tree/arguments"
+    local display=$1
+    shift
+    rm -f "$tree/sections"
     status=0
-    output=$(cd "$tree/a folder" && PATH="$tree/bin:$PATH" "$tree/scripts/run" "$@" 2>&1) || status=$?
-    arguments=$(cat "$tree/arguments" 2>/dev/null || true)
+    output=$(cd "$tree/a folder" && PATH="$tree/bin:$PATH" DISPLAY=$display WAYLAND_DISPLAY= \
+        "$tree/scripts/run" "$@" 2>&1) || status=$?
+    sections=$(cat "$tree/sections" 2>/dev/null || true)
 }
 
-# expect WHAT STATUS OUTPUT FILE...: what was said, and which files the converter was given.
+# expect WHAT STATUS SECTIONS LINE...: what was set up and said.
 expect() {
-    local what=$1 wantedStatus=$2 wantedOutput=$3 wanted=
+    local what=$1 wantedStatus=$2 wantedSections=$3
     shift 3
-    [[ $# == 0 ]] || wanted=$(printf '%s\n' convert --output-dir "$tree/build/demo" -- "$@")
-    [[ $status == "$wantedStatus" && $output == "$wantedOutput" && $arguments == "$wanted" ]] ||
-        report "$what (status $status, arguments: $arguments)"
+    [[ $status == "$wantedStatus" && $sections == "$wantedSections" &&
+        $output == "$(printf '%s\n' "$@")" ]] ||
+        report "$what (status $status, sections: $sections)"
 }
 
-plant status 0
-plant events '{"event":"ready","url":"/in/a.mov","info":{},"blocker":null,"plan":{"mode":"boxlift"}}
-{"event":"progress","url":"/in/a.mov","fraction":0.5}
-{"event":"done","url":"/in/a.mov","output":"/out/a.mp4","mode":"boxlift","seconds":0.1}
-{"event":"done","url":"/in/b.avi","output":"/out/b 2.mp4","mode":"reencode","seconds":9.1}
-{"event":"finished","done":2,"failed":0,"blocked":0}'
-run a.mov '-v b.mov' "$tree/c.mov"
-expect 'several files' 0 'a.mov was copied without loss to /out/a.mp4
-b.avi was re-encoded to /out/b 2.mp4' "$tree/a folder/a.mov" "$tree/a folder/-v b.mov" "$tree/c.mov"
-[[ $(cat "$tree/sections") == 'build run' ]] || report 'the sections build and run should be set up'
+run :0 a.mov '-v b.mov' "$tree/c.mov"
+expect 'a window with files' 0 'build run' window "$tree/a folder/a.mov" \
+    "$tree/a folder/-v b.mov" "$tree/c.mov"
 
-plant status 1
-plant events '{"event":"failed","url":"/in/a.mov","message":"It is \"broken\"."}
-{"event":"ready","url":"/in/c.wav","info":{},"blocker":"No video here.","plan":null}
-{"event":"cancelled","url":"/in/d.mov"}
-{"event":"finished","done":0,"failed":1,"blocked":1}'
-run a.mov
-expect 'failures' 1 'a.mov failed: It is "broken".
-c.wav cannot be converted: No video here.
-d.mov was cancelled.' "$tree/a folder/a.mov"
+without="There is no display: Boxlift runs on a virtual one, and its outputs and pictures go to \
+$tree/build/demo."
+demo=(demo "$tree/build/release/bin/boxlift" "$tree/build/release/bin/boxlift-drag-source"
+    "$tree/build/demo")
+setUp='build run
+desktop'
 
-plant status 0
-plant events '{"event":"done","url":"/in/q","output":"/out/a\"b\\x41\\\\\udcff\u0009ü.mp4","mode":"boxlift"}'
-run q
-expect 'names with unusual bytes' 0 \
-    "$(printf 'q was copied without loss to /out/a"b\\x41\\\\\xff\tü.mp4')" "$tree/a folder/q"
+run '' a.mov
+expect 'files without a display' 0 "$setUp" "$without" "${demo[@]}" "$tree/a folder/a.mov"
 
-plant events '{"event":"done","url":"/in/sample.mov","output":"/out/sample.mp4","mode":"boxlift"}'
 plant build/demo/sample.mp4 'an older output'
-run
-expect 'no files: a sample clip' 0 'sample.mov was copied without loss to /out/sample.mp4' \
-    "$tree/build/demo/sample.mov"
-[[ -f $tree/build/demo/sample.mov ]] || report 'the sample clip should be made'
-[[ ! -e $tree/build/demo/sample.mp4 ]] || report 'the older output should be out of the way'
-
+plant 'build/demo/2 drag.png' 'an older picture'
+plant build/demo/holiday.mp4 'the output of a file of their own'
 run ''
-expect 'an empty file name' 2 'run: a file name is empty.'
+expect 'clips without a display' 0 "$setUp" "$without" "${demo[@]}" \
+    "$tree/build/demo/clips/sample.mov" "$tree/build/demo/clips/tone.wav"
+[[ -f $tree/build/demo/clips/sample.mov ]] || report 'the clip should be made'
+[[ ! -e $tree/build/demo/sample.mp4 ]] || report 'the older output should be out of the way'
+[[ ! -e "$tree/build/demo/2 drag.png" ]] || report 'the older picture should be out of the way'
+[[ -e $tree/build/demo/holiday.mp4 ]] || report 'other outputs should stay'
+
+run :0 ''
+expect 'an empty file name' 2 '' 'run: a file name is empty.'
 
 plant broken ''
-run a.mov
-expect 'a build that fails' 1 'cmake --preset release
-run: the build of the preset release failed; build/release.log has all of its output.'
+run :0 a.mov
+expect 'a build that fails' 1 'build run' 'cmake --preset release' \
+    'run: the build of the preset release failed; build/release.log has all of its output.'
 
 exit $((failures > 0))

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Measures the window, on a desktop without a screen.
+
+usage: window.py PROGRAMS FOLDER
+
+PROGRAMS is where boxlift and empty_window lie; FOLDER takes what is made on the way. Frames are
+timed by what the scene graph logs of them.
+"""
+
+import os
+import re
+import statistics
+import sys
+import tempfile
+import threading
+import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "tools", "desktop"))
+
+from desktop import Desktop, wait_for  # noqa: E402
+
+FRAME = re.compile(rb"Frame rendered.*?in (\d+)ms")
+STARTS = 9
+FILES = 10_000
+
+
+class Frames:
+    """The frames of one program, as they are drawn."""
+
+    def __init__(self, desktop, *command):
+        reading, writing = os.pipe()
+        self.times = []
+        self.started = time.monotonic()
+        self.process = desktop.run(
+            *command, stderr=writing, env={
+                "QT_LOGGING_RULES": "qt.scenegraph.time.renderloop=true",
+                "QT_FORCE_STDERR_LOGGING": "1"})
+        os.close(writing)
+        threading.Thread(target=self._read, args=(reading,), daemon=True).start()
+
+    def _read(self, reading):
+        with os.fdopen(reading, "rb") as lines:
+            for line in lines:
+                found = FRAME.search(line)
+                if found:
+                    self.times.append((time.monotonic() - self.started, int(found.group(1))))
+
+    def first(self):
+        wait_for("a frame", lambda: self.times)
+        return self.times[0][0]
+
+
+def memory_mib(process):
+    with open(f"/proc/{process.pid}/status", encoding="ascii") as status:
+        return next(int(line.split()[1]) for line in status if line.startswith("VmRSS")) / 1024
+
+
+def cpu_seconds(process):
+    with open(f"/proc/{process.pid}/stat", encoding="ascii") as stat:
+        fields = stat.read().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def measure_start(desktop, programs):
+    times = {"boxlift": [], "empty_window": []}
+    memory = {}
+    for _ in range(STARTS):
+        for name, found in times.items():
+            frames = Frames(desktop, os.path.join(programs, name))
+            found.append(frames.first())
+            time.sleep(0.3)
+            memory[name] = memory_mib(frames.process)
+            desktop.end(frames.process)
+    ours, empty = (statistics.median(found) for found in times.values())
+    ratio = statistics.median(a / b for a, b in zip(*times.values()))
+    print(f"start to first frame   {ours * 1000:6.0f} ms   empty window {empty * 1000:.0f} ms   "
+          f"ratio {ratio:.2f}   budget 1.3")
+    print(f"memory after the start {memory['boxlift']:6.0f} MiB  "
+          f"empty window {memory['empty_window']:.0f} MiB")
+
+
+def make_files(folder):
+    for index in range(FILES):
+        parent = os.path.join(folder, f"{index // 500:02}")
+        os.makedirs(parent, exist_ok=True)
+        with open(os.path.join(parent, f"clip {index:05}.mov"), "wb"):
+            pass
+
+
+def measure_list(desktop, programs, folder):
+    make_files(folder)
+    frames = Frames(desktop, os.path.join(programs, "boxlift"), folder)
+    window = desktop.window_of(frames.process, "Boxlift")
+    before = memory_mib(frames.process)
+    time.sleep(6)
+    print(f"memory with {FILES} cards {memory_mib(frames.process):6.0f} MiB  (at first {before:.0f})")
+    desktop.place(window, 100, 50, 1000, 800)
+    desktop.xdotool("mousemove", 500, 400)
+    count = len(frames.times)
+    desktop.xdotool("click", "--repeat", 200, "--delay", 16, 5)
+    time.sleep(0.5)
+    drawn = [milliseconds for _, milliseconds in frames.times[count:]]
+    print(f"scrolling              {len(drawn):6} frames, median {statistics.median(drawn):.0f} ms, "
+          f"worst {max(drawn)} ms   budget 16")
+    start = cpu_seconds(frames.process)
+    count = len(frames.times)
+    time.sleep(5)
+    print(f"idle for 5 s           {cpu_seconds(frames.process) - start:6.2f} s of CPU, "
+          f"{len(frames.times) - count} frames")
+    desktop.end(frames.process)
+
+
+def main():
+    programs, folder = map(os.path.abspath, sys.argv[1:3])
+    with Desktop(folder) as desktop, tempfile.TemporaryDirectory() as files:
+        measure_start(desktop, programs)
+        measure_list(desktop, programs, files)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,69 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Boxlift
+
+// All that the window holds: the list, the settings for new files, the commands.
+Item {
+    id: root
+
+    required property Queue queue
+    readonly property bool empty: queue.jobs.count === 0
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            EmptyState {
+                objectName: "emptyState"
+                anchors.fill: parent
+                visible: root.empty
+                onChooseFiles: root.queue.chooseFiles()
+            }
+
+            JobList {
+                objectName: "jobList"
+                anchors.fill: parent
+                visible: !root.empty
+                queue: root.queue
+            }
+        }
+
+        Divider {}
+
+        DefaultsBar {
+            Layout.fillWidth: true
+            queue: root.queue
+        }
+
+        Divider {}
+
+        FooterBar {
+            Layout.fillWidth: true
+            queue: root.queue
+        }
+    }
+
+    FileDropTarget {
+        id: drop
+
+        objectName: "dropTarget"
+        anchors.fill: parent
+        onDropped: urls => root.queue.handleDrop(urls)
+    }
+
+    DashedOutline {
+        objectName: "dragHighlight"
+        anchors {
+            fill: parent
+            margins: Theme.scaled(8)
+        }
+        visible: drop.targeted
+        color: Theme.accent
+        scaling: Theme.scale
+    }
+}

@@ -1,0 +1,48 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Boxlift
+
+// The raised face of buttons and pickers.
+Item {
+    id: root
+
+    required property bool hovered
+    required property bool down
+    required property bool focused
+    property bool prominent: false
+
+    // The shadow where the face touches the ground.
+    Rectangle {
+        anchors.fill: parent
+        anchors.topMargin: 1
+        anchors.bottomMargin: -1
+        radius: face.radius
+        color: Theme.controlShade
+    }
+
+    Rectangle {
+        id: face
+
+        anchors.fill: parent
+        radius: Theme.controlRadius
+        color: root.prominent ? Theme.accentFill
+             : root.down ? Theme.controlDown
+             : root.hovered ? Theme.controlHover
+             : Theme.control
+        border {
+            width: 1
+            color: root.prominent ? Qt.darker(Theme.accentFill, 1.18) : Theme.controlOutline
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: face.radius
+        visible: root.prominent && (root.down || root.hovered)
+        color: root.down ? Qt.rgba(0, 0, 0, 0.16) : Qt.rgba(1, 1, 1, 0.10)
+    }
+
+    FocusRing {
+        visible: root.focused
+    }
+}

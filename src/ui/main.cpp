@@ -1,0 +1,44 @@
+#include <cstdlib>
+#include <filesystem>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include <QApplication>
+
+#include "queue/file_url.h"
+#include "ui/shell.h"
+#include "ui/window_rendering.h"
+
+namespace {
+
+/// What the desktop hands over at the start: paths or addresses of files, in any bytes.
+std::vector<std::filesystem::path> handedOver(std::span<char*> arguments) {
+    std::vector<std::filesystem::path> paths;
+    for (const std::string_view argument : arguments) {
+        if (argument.empty())
+            continue;
+        const QByteArray bytes(argument.data(), static_cast<qsizetype>(argument.size()));
+        const auto path = argument.starts_with("file:")
+                              ? boxlift::filePath(QUrl::fromEncoded(bytes))
+                              : std::filesystem::absolute(argument);
+        if (!path.empty())
+            paths.push_back(path);
+    }
+    return paths;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    boxlift::preferSoftwareRendering();
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("boxlift"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Boxlift"));
+    QApplication::setDesktopFileName(QStringLiteral("boxlift"));
+    boxlift::Shell shell(boxlift::converterEngine());
+    if (!shell.openWindow())
+        return EXIT_FAILURE;
+    shell.queue().addPaths(handedOver(std::span(argv, static_cast<std::size_t>(argc)).subspan(1)));
+    return QApplication::exec();
+}

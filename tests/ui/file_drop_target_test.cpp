@@ -1,0 +1,127 @@
+#include "ui/file_drop_target.h"
+
+#include <gtest/gtest.h>
+
+#include <QMimeData>
+#include <QQuickWindow>
+#include <QSignalSpy>
+
+namespace boxlift::test {
+namespace {
+
+class FileDropTargetTest : public testing::Test {
+protected:
+    void SetUp() override {
+        target.setParentItem(window.contentItem());
+        target.setSize({200, 200});
+        window.resize(200, 200);
+    }
+
+    bool enter() {
+        QDragEnterEvent event(QPoint(50, 50), actions, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &event);
+        return event.isAccepted();
+    }
+
+    bool move() {
+        QDragMoveEvent event(QPoint(60, 60), actions, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &event);
+        return event.isAccepted();
+    }
+
+    /// The action that was taken; none when the drop was refused.
+    Qt::DropAction drop() {
+        QDropEvent event(QPointF(60, 60), actions, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &event);
+        return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
+    }
+
+    QQuickWindow window;
+    FileDropTarget target;
+    QMimeData data;
+    Qt::DropActions actions = Qt::CopyAction;
+};
+
+TEST_F(FileDropTargetTest, TakesADragWithAFileInIt) {
+    data.setUrls({QUrl(QStringLiteral("https://example.org/a.mp4")),
+                  QUrl(QStringLiteral("file:///videos/a.mp4"))});
+    EXPECT_TRUE(enter());
+    EXPECT_TRUE(target.isTargeted());
+    EXPECT_TRUE(move());
+}
+
+TEST_F(FileDropTargetTest, TakesFilesThatNameThisMachine) {
+    data.setUrls({QUrl(QStringLiteral("file://localhost/videos/a.mp4"))});
+    EXPECT_TRUE(enter());
+}
+
+TEST_F(FileDropTargetTest, RefusesDragsWithoutFiles) {
+    EXPECT_FALSE(enter());
+    data.setText(QStringLiteral("file:///videos/a.mp4"));
+    EXPECT_FALSE(enter());
+    data.setUrls({QUrl(QStringLiteral("https://example.org/a.mp4")),
+                  QUrl(QStringLiteral("file://elsewhere/a.mp4"))});
+    EXPECT_FALSE(enter());
+    EXPECT_FALSE(target.isTargeted());
+}
+
+TEST_F(FileDropTargetTest, LosesTheHighlightWhenTheDragLeaves) {
+    data.setUrls({QUrl(QStringLiteral("file:///videos/a.mp4"))});
+    QSignalSpy changes(&target, &FileDropTarget::targetedChanged);
+    enter();
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&window, &leave);
+    EXPECT_FALSE(target.isTargeted());
+    EXPECT_EQ(changes.count(), 2);
+}
+
+TEST_F(FileDropTargetTest, HandsOverAllThatTheDropHolds) {
+    const QList<QUrl> urls{QUrl(QStringLiteral("file:///videos/a%FFb.mp4")),
+                           QUrl(QStringLiteral("https://example.org/a.mp4"))};
+    data.setUrls(urls);
+    QSignalSpy drops(&target, &FileDropTarget::dropped);
+    enter();
+    EXPECT_EQ(drop(), Qt::CopyAction);
+    ASSERT_EQ(drops.count(), 1);
+    EXPECT_EQ(drops.front().front().value<QList<QUrl>>(), urls);
+    EXPECT_FALSE(target.isTargeted());
+}
+
+TEST_F(FileDropTargetTest, KeepsEveryByteOfAName) {
+    data.setData(QStringLiteral("text/uri-list"), "file:///videos/a%FFb.mp4\r\n");
+    QSignalSpy drops(&target, &FileDropTarget::dropped);
+    enter();
+    drop();
+    ASSERT_EQ(drops.count(), 1);
+    EXPECT_EQ(drops.front().front().value<QList<QUrl>>().front().toEncoded().toStdString(),
+              "file:///videos/a%FFb.mp4");
+}
+
+TEST_F(FileDropTargetTest, AcceptsADropThatHoldsNothing) {
+    QSignalSpy drops(&target, &FileDropTarget::dropped);
+    QDropEvent event(QPointF(60, 60), actions, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&target, &event);
+    EXPECT_TRUE(event.isAccepted());
+    ASSERT_EQ(drops.count(), 1);
+    EXPECT_TRUE(drops.front().front().value<QList<QUrl>>().isEmpty());
+}
+
+TEST_F(FileDropTargetTest, NeedsNothingMoreOfItsSourceAtTheDrop) {
+    data.setUrls({QUrl(QStringLiteral("file:///videos/a.mp4"))});
+    QSignalSpy drops(&target, &FileDropTarget::dropped);
+    enter();
+    data.clear();
+    EXPECT_EQ(drop(), Qt::CopyAction);
+    ASSERT_EQ(drops.count(), 1);
+    EXPECT_EQ(drops.front().front().value<QList<QUrl>>().size(), 1);
+}
+
+TEST_F(FileDropTargetTest, NeverHasFilesMoved) {
+    data.setUrls({QUrl(QStringLiteral("file:///videos/a.mp4"))});
+    actions = Qt::CopyAction | Qt::MoveAction;
+    enter();
+    EXPECT_EQ(drop(), Qt::CopyAction);
+}
+
+} // namespace
+} // namespace boxlift::test

@@ -1,0 +1,122 @@
+#include "ui/shell.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFileOpenEvent>
+#include <QLabel>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+
+#include "support/temp_folder.h"
+#include "ui/files_panel.h"
+#include "ui/support/find_item.h"
+
+namespace boxlift::test {
+namespace {
+
+class ShellTest : public testing::Test {
+protected:
+    ShellTest() {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                           QString::fromStdString(folder.path().string()));
+    }
+
+    void SetUp() override {
+        window = shell.openWindow();
+        ASSERT_NE(window, nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+
+    QQuickItem* item(const char* name) const {
+        return findItem(window->contentItem(), QLatin1String(name), Sight::any);
+    }
+
+    void click(QQuickItem* item) {
+        const QPointF centre(item->width() / 2, item->height() / 2);
+        QTest::mouseClick(window, Qt::LeftButton, {}, item->mapToScene(centre).toPoint());
+    }
+
+    /// The message of the panel that opens, which is then closed.
+    void expectPanel(QString& message) {
+        QTimer::singleShot(100, qApp, [this, &message] {
+            auto* panel = qobject_cast<FilesPanel*>(QApplication::activeModalWidget());
+            if (!panel)
+                return;
+            message = panel->findChild<QLabel*>(QStringLiteral("message"))->text();
+            color = panel->palette().color(QPalette::Window);
+            panel->reject();
+        });
+    }
+
+    TempFolder folder;
+    Shell shell{
+        Engine{.analyze = [](const std::filesystem::path&, std::stop_token) { return MediaInfo(); },
+               .convert = [](const auto&...) { return Mode::boxlift; }}};
+    QQuickWindow* window = nullptr;
+    /// Of the panel.
+    QColor color;
+};
+
+TEST_F(ShellTest, OpensOneWindowInFront) {
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(window->isActive());
+    EXPECT_EQ(window->title().toStdString(), "Boxlift");
+}
+
+TEST_F(ShellTest, HasRoomForTheContentAtLeast) {
+    EXPECT_EQ(window->minimumWidth(), 780);
+    const auto* content = item("dropTarget")->parentItem();
+    EXPECT_EQ(content->width(), 780);
+    EXPECT_EQ(content->height(), 520);
+    EXPECT_EQ(window->size(), window->minimumSize());
+}
+
+TEST_F(ShellTest, ShowsTheOneQueue) {
+    shell.queue().addPaths({writeFile(folder.path() / "a.mov")});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return item("jobList")->isVisible(); }));
+}
+
+TEST_F(ShellTest, OpensThePanelWithItsKeys) {
+    QString message;
+    expectPanel(message);
+    QTest::keySequence(window, QKeySequence::Open);
+    EXPECT_EQ(message.toStdString(), "Choose video or audio files to convert");
+    EXPECT_EQ(color, window->color());
+}
+
+TEST_F(ShellTest, OpensThePanelFromTheMenu) {
+    const auto* bar = window->property("menuBar").value<QQuickItem*>();
+    ASSERT_NE(bar, nullptr);
+    auto* titles = bar->property("contentItem").value<QQuickItem*>();
+    QQuickItem* file = titles->childItems().constFirst();
+    EXPECT_EQ(file->property("text").toString().toStdString(), "File");
+    click(file);
+    QQuickItem* entry = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        entry = window->findChild<QQuickItem*>(QStringLiteral("menuAddFiles"));
+        return entry && entry->isVisible();
+    }));
+    EXPECT_EQ(entry->property("text").toString().toStdString(), "Add Files…");
+    EXPECT_EQ(entry->property("keys").toString().toStdString(), "Ctrl+O");
+    QTest::qWait(50);
+    QString message;
+    expectPanel(message);
+    click(entry);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !message.isEmpty(); }));
+    EXPECT_FALSE(entry->isVisible());
+}
+
+TEST_F(ShellTest, TakesFilesThatTheDesktopHandsOver) {
+    const auto path = writeFile(folder.path() / "a.mov");
+    QFileOpenEvent event(QUrl::fromLocalFile(QString::fromStdString(path.string())));
+    QCoreApplication::sendEvent(qApp, &event);
+    ASSERT_EQ(shell.queue().jobs().size(), 1U);
+    EXPECT_EQ(shell.queue().jobs().front()->path(), path);
+}
+
+} // namespace
+} // namespace boxlift::test

@@ -1,0 +1,47 @@
+#include "ui/system_font.h"
+
+#include <gtest/gtest.h>
+
+#include <QFontDatabase>
+#include <QSignalSpy>
+
+#include "ui/support/font_size.h"
+
+namespace boxlift::test {
+namespace {
+
+TEST(SystemFont, LeavesTheDesignAloneAtTheUsualSizes) {
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(12), 1);
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(13), 1);
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(15), 1);
+}
+
+TEST(SystemFont, GrowsWithLargerTextUpToALimit) {
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(18), 1.2);
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(30), 2);
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(300), 3);
+}
+
+TEST(SystemFont, ShrinksWithSmallerTextDownToALimit) {
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(10.8), 0.9);
+    EXPECT_DOUBLE_EQ(SystemFont::scaleFor(1), 0.75);
+}
+
+TEST(SystemFont, IsInterWhereItIsInstalled) {
+    if (!QFontDatabase::hasFamily(QStringLiteral("Inter")))
+        GTEST_SKIP() << "Inter is not installed";
+    EXPECT_EQ(SystemFont().family().toStdString(), "Inter");
+}
+
+TEST(SystemFont, FollowsTheSystem) {
+    FontSize size(13);
+    SystemFont systemFont;
+    QSignalSpy changes(&systemFont, &SystemFont::changed);
+    ASSERT_DOUBLE_EQ(systemFont.scale(), 1);
+    size.set(30);
+    EXPECT_DOUBLE_EQ(systemFont.scale(), 2);
+    EXPECT_EQ(changes.count(), 1);
+}
+
+} // namespace
+} // namespace boxlift::test
