@@ -81,10 +81,6 @@ struct Known {
 };
 
 constexpr std::array known{
-    Known{"ExoPlayer/dolbyVision-hdr.MOV", "duration",
-          "the edit ends among reordered pictures: the last ones come along and are shown"},
-    Known{"quodlibet/h264_aac.mp4", "duration",
-          "the demuxer does not tell the length of the last picture, which is longer than most"},
     Known{"ExoPlayer/sample_ait.ts", "duration",
           "the stream's length is estimated from its time stamps, without the last packets"},
     Known{"atldotnet/0.5.mp4", "duration",

@@ -102,15 +102,18 @@ void copyMetadata(AVFormatContext& to, const AVFormatContext& from, Time start) 
     copyChapters(to, from, start);
 }
 
-bool canHoldPicture(FileType type, const AVStream& picture) {
+bool isCoverPicture(const AVStream& picture) {
     const AVCodecID codec = picture.codecpar->codec_id;
     const bool isSized = picture.codecpar->width > 0 && picture.codecpar->height > 0;
     const bool isKind = codec == AV_CODEC_ID_MJPEG || codec == AV_CODEC_ID_PNG;
     const bool isCover = (picture.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0 &&
                          (picture.disposition & AV_DISPOSITION_TIMED_THUMBNAILS) == 0;
-    // QuickTime files have no place for it: the muxer would drop it without a word.
-    return isCover && isKind && isSized && picture.attached_pic.size > 0 &&
-           type != FileType::AVFileTypeQuickTimeMovie;
+    return isCover && isKind && isSized && picture.attached_pic.size > 0;
+}
+
+bool canHoldPicture(FileType type, const AVStream& picture) {
+    // Into QuickTime files the muxer would not write it, without a word.
+    return isCoverPicture(picture) && type != FileType::AVFileTypeQuickTimeMovie;
 }
 
 } // namespace boxlift::media

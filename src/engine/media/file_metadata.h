@@ -10,7 +10,10 @@ namespace boxlift::media {
 /// time in the source that becomes zero.
 void copyMetadata(AVFormatContext& to, const AVFormatContext& from, Time start);
 
-/// Whether a still picture can be cover art in a file of this type.
+/// Whether a stream is cover art of a kind that other files can hold.
+bool isCoverPicture(const AVStream& picture);
+
+/// Whether the writer of files of this type takes a still picture as cover art.
 bool canHoldPicture(FileType type, const AVStream& picture);
 
 } // namespace boxlift::media

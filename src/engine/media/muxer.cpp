@@ -6,7 +6,10 @@
 
 #include "engine/media/av/check.h"
 #include "engine/media/av/log.h"
+#include "engine/media/dolby_vision.h"
+#include "engine/media/extra_metadata.h"
 #include "engine/media/file_metadata.h"
+#include "engine/media/index_rewriter.h"
 #include "engine/media/stream_copy.h"
 #include "model/cancelled.h"
 
@@ -122,6 +125,7 @@ AVStream& Muxer::addStream() {
 void Muxer::copyFileMetadata(const AVFormatContext& source, Time start) {
     copyMetadata(*m_context, source, start);
     addPictures(source);
+    addExtraMetadata(m_changes, m_type, source);
 }
 
 void Muxer::addPictures(const AVFormatContext& source) {
@@ -141,12 +145,44 @@ void Muxer::addPictures(const AVFormatContext& source) {
 }
 
 void Muxer::writeHeader() {
+    collectTrackChanges();
+    reserveRoom();
     av::Options options;
     setHeaderOptions(options, m_type, m_index, movieTimescale(*m_context));
     const int result = avformat_write_header(m_context.get(), options.address());
     if (result < 0)
         fail(result, "write header");
     writePictures();
+}
+
+void Muxer::collectTrackChanges() {
+    for (const AVStream* stream : std::span(m_context->streams, m_context->nb_streams)) {
+        // The muxer numbers its tracks from 1.
+        IndexChanges::Track track;
+        track.id = static_cast<std::uint32_t>(stream->index) + 1;
+        if (const auto end = m_shownEnds.find(stream->index); end != m_shownEnds.end())
+            track.shownEnd = end->second;
+        if (const auto name = m_entryNames.find(stream->index); name != m_entryNames.end())
+            track.entryName = name->second;
+        const auto* language = av_dict_get(stream->metadata, "language", nullptr, 0);
+        // Into QuickTime files the muxer writes only those of an old list.
+        if (language && m_type == FileType::AVFileTypeQuickTimeMovie)
+            track.language = language->value;
+        // Of QuickTime files it leaves out what MPEG-4 files are given.
+        if (m_type == FileType::AVFileTypeQuickTimeMovie)
+            track.sampleEntry = dolby_vision::configurationBox(*stream);
+        if (!track.empty())
+            m_changes.tracks.push_back(std::move(track));
+    }
+}
+
+void Muxer::reserveRoom() {
+    if (m_index == IndexPlace::end || m_changes.largestGrowth() == 0)
+        return;
+    const box_bytes::Bytes room = box_bytes::box(
+        fourCharCode("free"), box_bytes::Bytes(m_changes.largestGrowth() - box_bytes::headerSize));
+    m_reserved = static_cast<std::int64_t>(room.size());
+    avio_write(m_io.context(), room.data(), static_cast<int>(room.size()));
 }
 
 void Muxer::writePictures() {
@@ -173,6 +209,8 @@ void Muxer::finish() {
         result = m_io.context()->error;
     if (result < 0 || m_io.writeError())
         fail(result, "write index");
+    if (!m_changes.empty())
+        rewriteIndex(*m_file, avio_size(m_io.context()), m_reserved, m_changes);
     m_file->sync();
     throwIfStopped(m_stop);
     m_file->publish();

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <span>
 #include <stop_token>
@@ -9,6 +10,7 @@
 
 #include "engine/media/av/handles.h"
 #include "engine/media/av/io.h"
+#include "engine/media/index_changes.h"
 #include "engine/media/output_file.h"
 #include "engine/media/time.h"
 #include "model/file_type.h"
@@ -33,6 +35,10 @@ public:
     /// A new stream, to be filled in by the caller: parameters (codec tag zero unless one is
     /// wanted), time base, rates, dispositions, metadata.
     AVStream& addStream();
+    /// Where the last thing that a stream shows ends, when that is less than all of its media.
+    void setShownEnd(int stream, Time end) { m_shownEnds[stream] = end; }
+    /// Names a stream's samples by a code that the library does not write by itself.
+    void setEntryName(int stream, FourCharCode name) { m_entryNames[stream] = name; }
     /// Carries over what belongs to the file as a whole: titles, dates, places and chapters, and
     /// the cover art where the type can hold it. `start` is the time in the source that becomes
     /// zero.
@@ -60,6 +66,8 @@ private:
     void fail(int code, std::string_view what);
     void addPictures(const AVFormatContext& source);
     void writePictures();
+    void collectTrackChanges();
+    void reserveRoom();
 
     FileType m_type;
     IndexPlace m_index;
@@ -69,6 +77,11 @@ private:
     av::OutputContextPtr m_context;
     /// Cover art that waits for the header.
     std::vector<av::PacketPtr> m_pictures;
+    std::map<int, Time> m_shownEnds;
+    std::map<int, FourCharCode> m_entryNames;
+    IndexChanges m_changes;
+    /// Bytes at the beginning of the file that wait for what the index will grow by.
+    std::int64_t m_reserved = 0;
     std::atomic<double> m_finishedFraction = 0;
 };
 

@@ -62,10 +62,13 @@ void PacketSource::readTimeline(const Selection& selection, std::stop_token stop
 void PacketSource::take(const Timeline& timeline, const AVFormatContext& context) {
     for (const AVStream* stream : std::span(context.streams, context.nb_streams)) {
         m_ranges.push_back(timeline.range(*stream));
+        m_shownEnds.push_back(timeline.shownEnd(*stream));
         if (timeline.isSpliced(*stream))
             m_spliced.push_back(stream->index);
     }
     m_ranges.resize(m_states.size());
+    m_shownEnds.resize(m_states.size());
+    m_isIndexed = timeline.isIndexed();
     m_duration = timeline.duration();
     m_isDeclared = timeline.isDeclared();
 }

@@ -26,6 +26,10 @@ public:
     Time start() const { return m_start; }
     /// Where a stream lies on the asset's timeline.
     const TimeRange& range(int stream) const { return m_ranges[static_cast<std::size_t>(stream)]; }
+    /// Where its edits end what a stream shows; invalid where they do not say.
+    Time shownEnd(int stream) const { return m_shownEnds[static_cast<std::size_t>(stream)]; }
+    /// Whether the streams' indexes tell of every packet.
+    bool isIndexed() const { return m_isIndexed; }
     Time duration() const { return m_duration; }
     /// Whether a stream is put together from several stretches of its media.
     bool isSpliced(int stream) const;
@@ -59,6 +63,7 @@ private:
 
     std::unique_ptr<av::Demuxer> m_demuxer;
     std::vector<TimeRange> m_ranges;
+    std::vector<Time> m_shownEnds;
     std::vector<StreamState> m_states;
     std::vector<int> m_spliced;
     std::set<int> m_chapterTexts;
@@ -67,6 +72,7 @@ private:
     /// What jumps have added up to in the stream that is furthest.
     Time m_jump = Time::zero();
     bool m_isDeclared = false;
+    bool m_isIndexed = false;
 };
 
 } // namespace boxlift::media

@@ -6,6 +6,7 @@
 
 #include "engine/media/av/conversion.h"
 #include "engine/media/codec_codes.h"
+#include "engine/media/dolby_vision.h"
 #include "engine/media/muxer.h"
 
 namespace boxlift::media::passthrough_rules {
@@ -29,6 +30,7 @@ constexpr std::array rows{
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("hvc1")},
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("hev1")},
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("dvh1")},
+    Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("dvhe")},
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("mp4v")},
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("av01")},
     Row{mp4, AVMEDIA_TYPE_VIDEO, fourCharCode("vp09")},
@@ -113,11 +115,7 @@ bool hasParameterSets(std::span<const std::uint8_t> header) {
 }
 
 std::uint32_t hevcTag(const AVCodecParameters& parameters) {
-    if (!hasParameterSets(extradata(parameters)))
-        return 0;
-    // Dolby Vision without a compatible base layer must not pass for plain HEVC.
-    const std::uint32_t dolbyVision = av::toCodecTag(fourCharCode("dvh1"));
-    return parameters.codec_tag == dolbyVision ? dolbyVision : av::toCodecTag(fourCharCode("hvc1"));
+    return hasParameterSets(extradata(parameters)) ? av::toCodecTag(fourCharCode("hvc1")) : 0;
 }
 
 } // namespace
@@ -144,6 +142,13 @@ std::uint32_t codecTag(FileType type, const AVStream& source, bool fromMovie) {
         return hevcTag(parameters);
     const bool isKnown = fromMovie && knowsTag(type, parameters.codec_id, parameters.codec_tag);
     return isKnown ? parameters.codec_tag : 0;
+}
+
+std::optional<FourCharCode> entryName(const AVStream& source) {
+    const AVCodecParameters& parameters = *source.codecpar;
+    if (parameters.codec_id != AV_CODEC_ID_HEVC || !dolby_vision::lacksPlainBase(source))
+        return std::nullopt;
+    return hasParameterSets(extradata(parameters)) ? fourCharCode("dvh1") : fourCharCode("dvhe");
 }
 
 } // namespace boxlift::media::passthrough_rules

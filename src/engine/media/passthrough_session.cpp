@@ -112,6 +112,8 @@ void PassthroughSession::addTrack(Muxer& muxer, std::map<int, PassthroughTrack>&
     copyStreamDescription(stream, source);
     stream.codecpar->codec_tag =
         passthrough_rules::codecTag(muxer.type(), source, m_source.isMovie());
+    if (const auto name = passthrough_rules::entryName(source))
+        muxer.setEntryName(stream.index, *name);
     PassthroughTrack& track =
         tracks.emplace(index, PassthroughTrack(source, stream.index, m_source.path()))
             .first->second;
@@ -122,8 +124,14 @@ void PassthroughSession::addTrack(Muxer& muxer, std::map<int, PassthroughTrack>&
     const TimeRange& range = m_source.range(index);
     track.setLateStart(av::toTimestamp(range.start, source.time_base));
     track.setEnd(range.end());
-    if (source.codecpar->video_delay > 0)
-        track.setDecodingLead(decodingLead(selection().file, index, stopToken()));
+    // Of reordered pictures more are copied than the edits show. What was moved keeps its length.
+    if (m_source.start() == Time::zero() && m_source.shownEnd(index).isValid())
+        muxer.setShownEnd(stream.index, m_source.shownEnd(index));
+    if (source.codecpar->video_delay <= 0)
+        return;
+    track.setDecodingLead(decodingLead(selection().file, index, stopToken()));
+    if (m_source.isIndexed())
+        track.stretchLast();
 }
 
 void PassthroughSession::checkEnds(const std::vector<int>& media,

@@ -47,15 +47,32 @@ bool PassthroughTrack::prepare(AVPacket& packet, AVRational timeBase) {
         return false;
     m_awaitsKey = false;
     requireSameParameters(packet);
+    const bool isLast = m_stretchesLast && isLastOfIndex(packet);
     completeStamps(packet);
     rescale(packet, timeBase);
     keepForward(packet, timeBase);
     cutPadding(packet, timeBase);
     const Time end = av::toTime(av_sat_add64(packet.pts, packet.duration), timeBase);
     m_end = std::max(m_end, end);
+    if (isLast)
+        stretch(packet, timeBase);
     packet.stream_index = m_outputIndex;
     packet.pos = -1;
     return true;
+}
+
+bool PassthroughTrack::isLastOfIndex(const AVPacket& packet) const {
+    // The libraries look entries up, but take no constant.
+    auto* stream = const_cast<AVStream*>(&m_source);
+    const AVIndexEntry* last =
+        avformat_index_get_entry(stream, avformat_index_get_entries_count(stream) - 1);
+    return last && packet.dts != AV_NOPTS_VALUE && packet.dts >= last->timestamp;
+}
+
+void PassthroughTrack::stretch(AVPacket& packet, AVRational timeBase) const {
+    if (m_endLimit.isValid())
+        packet.duration =
+            std::max(packet.duration, av::toTimestamp(m_endLimit, timeBase) - packet.pts);
 }
 
 void PassthroughTrack::requireSameParameters(const AVPacket& packet) const {

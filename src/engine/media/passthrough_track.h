@@ -17,6 +17,9 @@ public:
     void skipToKey();
     /// Sound that goes on behind this is padding: the last packet is said to last no longer.
     void setEnd(Time end) { m_endLimit = end; }
+    /// Lets the last packet of reordered pictures last until the end: nothing else tells its
+    /// length, and the source's index is whole.
+    void stretchLast() { m_stretchesLast = true; }
     /// Moves the decoding stamps back by so much, in the source's time base.
     void setDecodingLead(std::int64_t lead) { m_decodingLead = lead; }
 
@@ -40,6 +43,8 @@ private:
     void completeStamps(AVPacket& packet);
     void completeLastDuration(AVPacket& packet) const;
     void rescale(AVPacket& packet, AVRational timeBase);
+    bool isLastOfIndex(const AVPacket& packet) const;
+    void stretch(AVPacket& packet, AVRational timeBase) const;
     void cutPadding(AVPacket& packet, AVRational timeBase) const;
     void keepForward(AVPacket& packet, AVRational timeBase);
     [[noreturn]] void fail(const char* cause) const;
@@ -47,6 +52,7 @@ private:
     const AVStream& m_source;
     int m_outputIndex;
     bool m_awaitsKey = false;
+    bool m_stretchesLast = false;
     std::int64_t m_decodingLead = 0;
     std::int64_t m_lateStart = 0;
     // In the source's time base.

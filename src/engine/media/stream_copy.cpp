@@ -35,8 +35,8 @@ void copyStreamDescription(AVStream& to, const AVStream& from) {
     to.avg_frame_rate = from.avg_frame_rate;
     to.r_frame_rate = from.r_frame_rate;
     to.sample_aspect_ratio = from.sample_aspect_ratio;
-    // The muxers look at the parameters alone.
-    if (to.codecpar->sample_aspect_ratio.num == 0)
+    // The muxers look at the parameters alone, and refuse two words on it: the container's counts.
+    if (from.sample_aspect_ratio.num > 0)
         to.codecpar->sample_aspect_ratio = from.sample_aspect_ratio;
     copyStreamLabels(to, from);
 }

@@ -101,6 +101,12 @@ bool Timeline::isSpliced(const AVStream& stream) const {
     return track && track->mediaEdits > 1;
 }
 
+Time Timeline::shownEnd(const AVStream& stream) const {
+    const MovieTrack* track = trackOf(stream);
+    const bool isTold = track && track->hasEdits && isIndexed();
+    return isTold && track->editedEnd > track->leadingGap ? track->editedEnd : Time();
+}
+
 TimeRange Timeline::range(const AVStream& stream) const {
     const MovieTrack* track = trackOf(stream);
     return track ? movieRange(stream, *track) : streamRange(stream);

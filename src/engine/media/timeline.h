@@ -16,6 +16,10 @@ public:
     static Timeline of(av::Demuxer& demuxer, std::stop_token stop);
 
     TimeRange range(const AVStream& stream) const;
+    /// Where the track's edits end what it shows; invalid where they do not say.
+    Time shownEnd(const AVStream& stream) const;
+    /// Whether the movie's index tells of every sample before any is read.
+    bool isIndexed() const { return m_layout && !m_layout->isFragmented; }
     /// Whether a track shows several stretches of its media, one after the other.
     bool isSpliced(const AVStream& stream) const;
     /// The time at which the first track of sound or picture begins outside a movie; zero in one,

@@ -33,6 +33,7 @@ constexpr std::array videoRows{
     Row{AV_CODEC_ID_HEVC, "hvc1", true, true, false},
     Row{AV_CODEC_ID_HEVC, "hev1", true, true, false},
     Row{AV_CODEC_ID_HEVC, "dvh1", true, true, false},
+    Row{AV_CODEC_ID_HEVC, "dvhe", true, true, false},
     Row{AV_CODEC_ID_MPEG4, "mp4v", true, true, false},
     Row{AV_CODEC_ID_AV1, "av01", true, true, false},
     Row{AV_CODEC_ID_VP9, "vp09", true, true, false},
@@ -190,7 +191,16 @@ TEST(PassthroughRules, SurviveParameterSetsThatAreCutOff) {
 }
 
 TEST(PassthroughRules, KeepDolbyVisionApart) {
-    EXPECT_EQ(tagFor(mp4, {AV_CODEC_ID_HEVC, "dvh1", hevcRecord(allSets)}), "dvh1");
+    const auto nameFor = [](const char* tag, const Bytes& header) {
+        StreamMaker maker;
+        return entryName(maker.add({AV_CODEC_ID_HEVC, tag, header})).value_or(0);
+    };
+    for (const char* tag : {"dvh1", "dvhe"}) {
+        EXPECT_EQ(tagFor(mp4, {AV_CODEC_ID_HEVC, tag, hevcRecord(allSets)}), "hvc1");
+        EXPECT_EQ(nameFor(tag, hevcRecord(allSets)), fourCharCode("dvh1"));
+        EXPECT_EQ(nameFor(tag, hevcRecord({})), fourCharCode("dvhe"));
+    }
+    EXPECT_EQ(nameFor("hvc1", hevcRecord(allSets)), 0U);
 }
 
 TEST(PassthroughRules, KeepTagsThatTheTypeKnows) {

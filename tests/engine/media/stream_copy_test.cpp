@@ -75,9 +75,17 @@ TEST_F(StreamCopyTest, KeepsThePixelsAspectWhereverItWasTold) {
     copyStreamDescription(m_to, m_from);
     EXPECT_EQ(av_cmp_q(m_to.sample_aspect_ratio, {4, 3}), 0);
     EXPECT_EQ(av_cmp_q(m_to.codecpar->sample_aspect_ratio, {4, 3}), 0);
+    m_from.sample_aspect_ratio = {0, 1};
     m_from.codecpar->sample_aspect_ratio = {16, 11};
     copyStreamDescription(m_to, m_from);
     EXPECT_EQ(av_cmp_q(m_to.codecpar->sample_aspect_ratio, {16, 11}), 0);
+}
+
+TEST_F(StreamCopyTest, TakesTheContainersPixelAspectBeforeThatOfTheSamples) {
+    m_from.sample_aspect_ratio = {4, 3};
+    m_from.codecpar->sample_aspect_ratio = {16, 11};
+    copyStreamDescription(m_to, m_from);
+    EXPECT_EQ(av_cmp_q(m_to.codecpar->sample_aspect_ratio, {4, 3}), 0);
 }
 
 TEST_F(StreamCopyTest, KeepsLanguageTitleAndFlags) {
