@@ -56,6 +56,7 @@ std::unique_ptr<media::AssetWriter> makeWriter(const media::Asset& source, int b
         throw ConvertError("Couldn't write AAC audio.");
     writer->addAudioInput(settings);
     writer->copyMetadata(source);
+    writer->setOverallDurationHint(source.duration());
     return writer;
 }
 
@@ -83,7 +84,10 @@ public:
             auto buffer = m_reader.copyNextSampleBuffer();
             if (!buffer) {
                 m_writer.markAsFinished();
-                return m_reader.status() == media::AssetReader::Status::completed;
+                if (m_reader.status() != media::AssetReader::Status::completed)
+                    return false;
+                reportUntilEncoded();
+                return true;
             }
             pass(std::move(*buffer));
         }
@@ -94,9 +98,22 @@ public:
 
 private:
     void pass(media::SampleBuffer buffer) {
-        const double fraction = buffer.presentationTimeStamp.seconds() / m_duration;
+        const media::Time time = buffer.presentationTimeStamp;
         // Whether it was taken need not be known: a writer that failed says so when it finishes.
         m_writer.append(std::move(buffer));
+        // A writer that works on several stretches at once takes buffers long before it needs them.
+        const auto encoded = m_writer.encodedTime();
+        report(encoded && *encoded < time ? *encoded : time);
+    }
+
+    void reportUntilEncoded() {
+        while (!m_stop.stop_requested() && !m_writer.waitUntilEncoded(50ms))
+            if (const auto encoded = m_writer.encodedTime())
+                report(*encoded);
+    }
+
+    void report(media::Time time) {
+        const double fraction = time.seconds() / m_duration;
         // Capped by silence: 1.0 is said once, when the file is finished.
         if (fraction < 1.0)
             m_progress(fraction);

@@ -106,6 +106,26 @@ TEST_F(AudioTranscoder, ReportsOneOnlyOnceWhenBuffersReachPastTheDuration) {
     EXPECT_EQ(m_recorder.fractions(), (std::vector<double>{0.0, 0.75, 0.5, 1.0}));
 }
 
+TEST_F(AudioTranscoder, ReportsHowFarEncodingHasComeWhereThatIsLess) {
+    writer().encoded = stamps({0, 0.5, 5, 1, 2, 3});
+    writer().encodingWaits = 2;
+    run();
+    EXPECT_EQ(m_recorder.fractions(), (std::vector<double>{0.0, 0.125, 0.5, 0.25, 0.5, 0.75, 1.0}));
+}
+
+TEST_F(AudioTranscoder, IsCancelledWhileTheWriterStillEncodes) {
+    writer().encodingWaits = 1'000'000;
+    writer().onEncodingWait = [&] { m_stop.request_stop(); };
+    EXPECT_EQ(outcome(), "cancelled");
+    EXPECT_TRUE(happened("cancel writing"));
+    EXPECT_FALSE(happened("finish writing"));
+}
+
+TEST_F(AudioTranscoder, TellsTheWriterHowLongTheFileWillBe) {
+    run();
+    EXPECT_EQ(m_factory.writing.durationHint, Time::fromSeconds(4));
+}
+
 TEST_F(AudioTranscoder, ReportsTheEndAfterFinishing) {
     std::vector<bool> finishedWhenReported;
     run([&](double) { finishedWhenReported.push_back(happened("finish writing")); });

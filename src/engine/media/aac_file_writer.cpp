@@ -3,14 +3,12 @@
 #include "engine/media/av/demuxer.h"
 #include "engine/media/error.h"
 #include "engine/media/selection.h"
+#include "engine/media/thread_name.h"
 #include "engine/media/timeline.h"
 
 namespace boxlift::media {
 
 namespace {
-
-/// Reading and encoding even out over this many buffers.
-constexpr std::size_t waitingBuffers = 8;
 
 /// What is asked of one channel of an AAC-LC track, in bit/s.
 constexpr std::int64_t lowestChannelRate = 32'000;
@@ -21,27 +19,10 @@ std::uint64_t channelMask(int channels) {
     return channels == 1 ? AV_CH_LAYOUT_MONO : AV_CH_LAYOUT_STEREO;
 }
 
-/// Interleaved 16 bits to planes of floating point.
-av::FramePtr toPlanes(const SampleBuffer& buffer) {
-    av::FramePtr frame = av::makeFrame();
-    frame->format = AudioEncoder::sampleFormat;
-    frame->nb_samples = static_cast<int>(buffer.frameCount());
-    av_channel_layout_from_mask(&frame->ch_layout, channelMask(buffer.channels));
-    if (av_frame_get_buffer(frame.get(), 0) < 0)
-        throw std::bad_alloc();
-    const auto channels = static_cast<std::size_t>(buffer.channels);
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        auto* plane = reinterpret_cast<float*>(frame->extended_data[channel]);
-        for (std::size_t i = 0; i < buffer.frameCount(); ++i)
-            plane[i] = static_cast<float>(buffer.samples[i * channels + channel]) / 32768.0F;
-    }
-    return frame;
-}
-
 } // namespace
 
-AacFileWriter::AacFileWriter(const std::filesystem::path& path)
-    : m_path(path), m_buffers(waitingBuffers) {}
+AacFileWriter::AacFileWriter(const std::filesystem::path& path, unsigned cores)
+    : m_path(path), m_cores(cores) {}
 
 AacFileWriter::~AacFileWriter() {
     cancelWriting();
@@ -69,6 +50,10 @@ void AacFileWriter::copyMetadata(const Asset& source) {
         m_metadataSource = selection->file;
 }
 
+void AacFileWriter::setOverallDurationHint(Time duration) {
+    m_durationHint = duration;
+}
+
 bool AacFileWriter::startWriting() {
     if (status() != Status::unknown || !m_settings)
         return false;
@@ -82,24 +67,26 @@ bool AacFileWriter::startWriting() {
     if (m_status != Status::unknown)
         return false;
     m_status = Status::writing;
-    m_thread = std::thread([this] { encodeAll(); });
+    m_encoder->start();
+    m_thread = std::thread([this] { muxAll(); });
     return true;
 }
 
 void AacFileWriter::open() {
     m_muxer = std::make_unique<Muxer>(m_path, FileType::AVFileTypeAppleM4A, IndexPlace::end,
                                       m_stop.get_token());
-    m_encoder = std::make_unique<AudioEncoder>(
-        AudioEncoder::Settings{m_settings->sampleRate, channelMask(m_settings->channels),
-                               m_settings->bitRate},
-        m_path);
+    const AudioEncoder::Settings settings{m_settings->sampleRate, channelMask(m_settings->channels),
+                                          m_settings->bitRate};
     AVStream& stream = m_muxer->addStream();
-    m_encoder->describe(stream);
+    AudioEncoder(settings, m_path).describe(stream);
     stream.disposition = AV_DISPOSITION_DEFAULT;
     m_streamIndex = stream.index;
     if (m_metadataSource)
         copyFileMetadata();
     m_muxer->writeHeader();
+    const std::lock_guard lock(m_mutex);
+    m_encoder = std::make_unique<StretchedEncoder>(
+        settings, planStretches(m_durationHint, settings.sampleRate, m_cores), m_path);
 }
 
 void AacFileWriter::copyFileMetadata() {
@@ -115,59 +102,58 @@ void AacFileWriter::startSession(Time atSourceTime) {
 }
 
 bool AacFileWriter::isReadyForMoreMediaData() const {
-    return m_buffers.isPushImmediate();
+    return !m_encoder || m_encoder->isPushImmediate();
 }
 
 bool AacFileWriter::waitUntilReadyForMoreMediaData(std::chrono::milliseconds timeout) {
-    return m_buffers.waitForRoom(timeout);
+    return !m_encoder || m_encoder->waitForRoom(timeout);
 }
 
 bool AacFileWriter::append(SampleBuffer buffer) {
     if (status() != Status::writing || buffer.channels != m_settings->channels)
         return false;
-    return m_buffers.push(std::move(buffer));
+    const Time at = buffer.presentationTimeStamp - m_sessionStart;
+    return m_encoder->push(std::move(buffer), at.toRate(m_settings->sampleRate));
 }
 
 void AacFileWriter::markAsFinished() {
-    m_buffers.close();
+    if (m_encoder)
+        m_encoder->close();
 }
 
-void AacFileWriter::encodeAll() {
+std::optional<Time> AacFileWriter::encodedTime() const {
+    if (!m_encoder)
+        return std::nullopt;
+    return m_sessionStart + Time::fromRate(m_encoder->encodedCount(), m_settings->sampleRate);
+}
+
+bool AacFileWriter::waitUntilEncoded(std::chrono::milliseconds timeout) {
+    return !m_encoder || m_encoder->waitUntilTaken(timeout);
+}
+
+void AacFileWriter::muxAll() {
+    setThreadName("boxlift.write");
     try {
-        while (const auto buffer = m_buffers.pop())
-            encode(*buffer);
-        if (!m_stop.stop_requested())
-            m_encoder->finish(muxPackets());
+        while (const av::PacketPtr packet = m_encoder->next())
+            mux(*packet);
     } catch (...) {
         endWithCurrentException();
-        m_buffers.abort();
+        m_encoder->abort();
     }
 }
 
-void AacFileWriter::encode(const SampleBuffer& buffer) {
-    if (buffer.samples.empty())
-        return;
-    AudioRun run;
-    run.count = static_cast<std::int64_t>(buffer.frameCount());
-    run.frame = toPlanes(buffer);
-    run.position = (buffer.presentationTimeStamp - m_sessionStart).toRate(m_settings->sampleRate);
-    m_encoder->push(run, muxPackets());
+void AacFileWriter::mux(AVPacket& packet) {
+    packet.stream_index = m_streamIndex;
+    av_packet_rescale_ts(&packet, {1, m_settings->sampleRate},
+                         m_muxer->stream(m_streamIndex).time_base);
+    m_muxer->write(packet);
     m_hasSamples = true;
-}
-
-AudioEncoder::Sink AacFileWriter::muxPackets() {
-    return [this](AVPacket& packet) {
-        packet.stream_index = m_streamIndex;
-        av_packet_rescale_ts(&packet, m_encoder->timeBase(),
-                             m_muxer->stream(m_streamIndex).time_base);
-        m_muxer->write(packet);
-    };
 }
 
 void AacFileWriter::finishWriting() {
     if (!beginFinishing())
         return;
-    m_buffers.close();
+    m_encoder->close();
     m_thread.join();
     try {
         if (status() == Status::writing)
@@ -194,15 +180,18 @@ bool AacFileWriter::beginFinishing() {
 }
 
 void AacFileWriter::cancelWriting() {
+    StretchedEncoder* encoder = nullptr;
     {
         const std::lock_guard lock(m_mutex);
         // What is being finished may have its name already: finishWriting() tells how it ended.
         if ((m_status == Status::unknown || m_status == Status::writing) && !m_isFinishing)
             m_status = Status::cancelled;
+        encoder = m_encoder.get();
     }
     // Only now: an append that is let go finds the reason in status().
     m_stop.request_stop();
-    m_buffers.abort();
+    if (encoder)
+        encoder->abort();
 }
 
 void AacFileWriter::end(Status status, std::exception_ptr error) {

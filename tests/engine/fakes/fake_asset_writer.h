@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "engine/media/asset_writer.h"
@@ -25,6 +26,11 @@ struct WriterScript {
     bool finishesOnlyWhenCancelled = false;
     media::AssetWriter::Status endStatus = media::AssetWriter::Status::completed;
     std::exception_ptr error;
+    /// How far encoding has come, each time that it is asked for; empty where it does not tell.
+    std::vector<media::Time> encoded;
+    /// Waits that time out before all is encoded.
+    int encodingWaits = 0;
+    Hook onEncodingWait;
     Hook onWait;
     Hook onMarkAsFinished;
     Hook onFinish;
@@ -39,6 +45,7 @@ struct WriterRecord {
     media::AacSettings askedSettings;
     media::AacSettings settings;
     const media::Asset* metadataSource = nullptr;
+    media::Time durationHint;
     media::Time sessionStart;
     std::vector<media::Time> appended;
     std::vector<std::chrono::milliseconds> timeouts;
@@ -62,6 +69,7 @@ public:
         m_events.add("copy metadata");
         m_record.metadataSource = &source;
     }
+    void setOverallDurationHint(media::Time duration) override { m_record.durationHint = duration; }
     bool startWriting() override {
         m_events.add("start writing");
         return m_script.starts;
@@ -85,6 +93,15 @@ public:
     void markAsFinished() override {
         m_events.add("mark as finished");
         call(m_script.onMarkAsFinished);
+    }
+    std::optional<media::Time> encodedTime() const override {
+        if (m_asked == m_script.encoded.size())
+            return std::nullopt;
+        return m_script.encoded[m_asked++];
+    }
+    bool waitUntilEncoded(std::chrono::milliseconds) override {
+        call(m_script.onEncodingWait);
+        return m_script.encodingWaits-- <= 0;
     }
 
     void finishWriting() override {
@@ -119,6 +136,7 @@ private:
     WriterScript m_script;
     WriterRecord& m_record;
     EventLog& m_events;
+    mutable std::size_t m_asked = 0;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     Status m_status = Status::writing;

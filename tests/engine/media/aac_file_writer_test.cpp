@@ -132,6 +132,36 @@ TEST_F(AacFileWriterTest, GivesBackExactlyAsManySamplesAsItWasGiven) {
     }
 }
 
+TEST_F(AacFileWriterTest, EncodesLongAudioOnSeveralThreadsJustTheSame) {
+    constexpr std::size_t frames = 70 * 44100 + 321;
+    AacFileWriter writer(path(), 2);
+    writer.setOverallDurationHint(Time::fromSeconds(70));
+    ASSERT_TRUE(start(writer));
+    append(writer, frames, sine);
+    writer.markAsFinished();
+    EXPECT_LT(writer.encodedTime(), Time::fromSeconds(70));
+    EXPECT_TRUE(writer.waitUntilEncoded(60s));
+    EXPECT_GE(writer.encodedTime(), Time::fromSeconds(70));
+    writer.finishWriting();
+    ASSERT_EQ(writer.status(), Status::completed);
+    EXPECT_EQ(readBack().size(), 2 * frames);
+    EXPECT_EQ(test::openAsset(path())->duration(),
+              Time::fromRate(static_cast<std::int64_t>(frames), 44100));
+    EXPECT_NEAR(test::toneLevel(test::decodeAudio(path()), 440), 0.5, 0.005);
+}
+
+TEST_F(AacFileWriterTest, IsCancelledSoonWhileSeveralThreadsEncode) {
+    AacFileWriter writer(path(), 2);
+    writer.setOverallDurationHint(Time::fromSeconds(600));
+    ASSERT_TRUE(start(writer));
+    append(writer, 60 * 44100, sine);
+    const auto begin = std::chrono::steady_clock::now();
+    writer.cancelWriting();
+    writer.finishWriting();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
+    EXPECT_EQ(writer.status(), Status::cancelled);
+}
+
 TEST_F(AacFileWriterTest, ShiftsNothing) {
     constexpr std::size_t at = 20'000;
     write(44100, [](std::size_t sample) { return sample == at ? 0.9 : 0.0; });

@@ -1,0 +1,53 @@
+# The media of scripts/bench, made once and kept in build/bench-media.
+
+# makeOnce FILE COMMAND...: runs the command with an unfinished file's name behind it.
+makeOnce() {
+    local file=$1
+    shift
+    [[ -e $file ]] && return
+    "$@" "${file%/*}/unfinished-${file##*/}" >>"$log" 2>&1 || fail "cannot make ${file##*/}."
+    mv "${file%/*}/unfinished-${file##*/}" "$file"
+}
+
+# Struck chords and hisses, different ones left and right: long and short windows both.
+chords="0.3*sin(2*PI*220*t)*exp(-2*mod(t,0.5))+0.1*sin(2*PI*(660+220*mod(floor(t),3))*t)"
+hisses="0.3*(random(0)-0.5)*exp(-40*mod(t,0.31))+0.01*(random(1)-0.5)"
+music="aevalsrc='$chords+$hisses|0.8*($chords)+0.3*(random(2)-0.5)*exp(-40*mod(t+0.1,0.47))':s=44100"
+
+# music MINUTES: a FLAC file.
+makeMusic() {
+    makeOnce "$work/music-$1.flac" ffmpeg -v error -f lavfi -i "$music:d=$(($1 * 60))" \
+        -sample_fmt s16
+}
+
+picture="testsrc2=size=1920x1080:rate=30,noise=alls=12:allf=t"
+
+makeFilm() {
+    makeOnce "$work/film.mov" ffmpeg -v error -f lavfi -i "$picture" -f lavfi -i "$music" -t 12 \
+        -c:v libx264 -preset ultrafast -b:v 40M -maxrate 40M -bufsize 40M -pix_fmt yuv420p \
+        -c:a aac -b:a 256k
+}
+
+# One of 1 GiB: the film over and over.
+makeLargeFilm() {
+    makeFilm
+    makeOnce "$work/large.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy \
+        -fs 1073741824
+}
+
+# smallFiles NAME COUNT: a folder with that many files, in turn MP4, MOV, M4A, WAV and FLAC.
+makeSmallFiles() {
+    local i extension
+    local -a extensions=(mp4 mov m4a wav flac)
+    for extension in "${extensions[@]}"; do
+        makeOnce "$work/small.$extension" ffmpeg -v error -f lavfi -i "$music" -f lavfi \
+            -i testsrc=size=320x240:rate=25 -t 2 $([[ $extension == mp4 || $extension == mov ]] || echo -vn)
+    done
+    [[ -e $work/$1 ]] && return
+    mkdir "$work/unfinished"
+    for ((i = 0; i < $2; i++)); do
+        extension=${extensions[i % 5]}
+        ln "$work/small.$extension" "$work/unfinished/$i.$extension"
+    done
+    mv "$work/unfinished" "$work/$1"
+}

@@ -1,0 +1,123 @@
+# The rows of scripts/bench: each makes its media, runs ours and the peer in turn, and tells.
+
+drive=$root/build/bench/bin/boxlift-drive
+
+convert() {
+    rm -f "$work"/out/*
+    "$drive" convert --output-dir "$work/out" "$@"
+}
+
+# Analysis: a prober is started once for each file.
+analyzeFew() { "$drive" analyze "$work/few"; }
+probeFew() { find "$work/few" -type f -exec ffprobe -v error -show_format -show_streams {} \;; }
+mediainfoFew() { find "$work/few" -type f -exec mediainfo {} \;; }
+analyzeMany() { "$drive" analyze "$work/many"; }
+
+rowAnalysis() {
+    makeSmallFiles few 200
+    makeSmallFiles many 10000
+    inTurns analyzeFew probeFew
+    tellTimes "analysis of 200 files, ffprobe" "50 times as fast"
+    inTurns analyzeFew mediainfoFew
+    tellTimes "analysis of 200 files, mediainfo" "50 times as fast"
+    tell "analysis of 10,000 files" "$(timed analyzeMany | cut -d ' ' -f 1) s" - - "5 s"
+}
+
+# Copying.
+copyOurs() { convert --target mp4 "$work/large.mov"; }
+copyPeer() {
+    rm -f "$work"/out/*
+    cp --reflink=never "$work/large.mov" "$work/out/copy.mov"
+    sync "$work/out/copy.mov"
+}
+
+# What the conversion asks of the system: its calls, and the bytes that it writes.
+tellCalls() {
+    command -v strace >/dev/null || return 0
+    local output calls
+    strace -f -qq -o "$work/calls" "$drive" convert --target mp4 --output-dir "$work/out" \
+        "$work/large.mov" >>"$log"
+    output=$(stat -c %s "$work"/out/*.mp4)
+    calls=$(grep -cE '^[0-9]+ +[a-z0-9_]+\(' "$work/calls")
+    awk '/p?write(64|v)?\(|<\.\.\. p?write/ && / = [0-9]+$/ {sum += $NF} END {printf "%.0f\n", sum}' \
+        "$work/calls" >"$work/written"
+    tell "  bytes written, of the output's" "$(<"$work/written")" "$output" \
+        "$(awk -v o="$output" '{printf "%.4f", $1 / o}' "$work/written")" "at most 1.01"
+    tell "  system calls" "$calls" - - ""
+}
+
+rowCopy() {
+    makeLargeFilm
+    inTurns copyOurs copyPeer
+    tellTimes "boxlift of 1 GiB MOV to MP4, cp and sync" "at least 0.91"
+    rm -f "$work"/out/*
+    tellCalls
+    rm -f "$work"/out/*
+    tell "  resident memory, MiB" "$(peakMemory "$drive" convert --target mp4 --output-dir \
+        "$work/out" "$work/large.mov")" - - "under 96"
+    rm -f "$work"/out/*
+}
+
+# Audio. The peer is the encoder of the same library on one thread, that is, the serial encoding.
+aacOurs() { convert --target aac "$work/music-$minutes.flac"; }
+aacPeer() {
+    ffmpeg -v error -y -i "$work/music-$minutes.flac" -c:a aac -b:a 128k "$work/serial.m4a"
+}
+
+# ratioToNoise FILE: the mean of both channels, in decibels. The filter takes energies for
+# amplitudes and says twice as many.
+ratioToNoise() {
+    ffmpeg -nostdin -i "$work/music-$minutes.flac" -i "$1" -lavfi asdr -f null - 2>&1 |
+        awk '/SDR ch/ {sum += $(NF - 1); n++} END {printf "%.3f\n", sum / n / 2}'
+}
+
+tellAac() {
+    minutes=$1
+    makeMusic "$minutes"
+    inTurns aacOurs aacPeer
+    tellTimes "AAC of $minutes min, ffmpeg on one thread" "at least $2"
+    tell "  signal-to-noise, dB" "$(ratioToNoise "$work"/out/*.m4a)" \
+        "$(ratioToNoise "$work/serial.m4a")" "" "within 0.1"
+    tell "  resident memory, MiB" "$(peakMemory "$drive" convert --target aac --output-dir \
+        "$work/out" "$work/music-$minutes.flac")" - - ""
+}
+
+rowAac() { tellAac 10 1.7; }
+rowAac60() { turns=1 tellAac 60 1.85; }
+
+# Encoding pictures.
+reencodeOurs() { convert --target mp4 --size "$size" "$work/film.mov"; }
+reencodePeer() {
+    ffmpeg -v error -y -i "$work/film.mov" -vf "scale=-2:$height" -c:v libx264 -preset veryfast \
+        -crf 20 -maxrate "$rate" -bufsize "$buffer" -profile:v high -pix_fmt yuv420p \
+        -c:a aac -b:a 256k "$work/peer.mp4"
+}
+reencodeHandBrake() {
+    HandBrakeCLI -i "$work/film.mov" -o "$work/peer.mp4" -e x264 --encoder-preset veryfast -q 20 \
+        --encoder-profile high -x "vbv-maxrate=${rate%k}:vbv-bufsize=${buffer%k}" \
+        --maxHeight "$height" --maxWidth 1920 -E av_aac -B 256
+}
+
+tellReencode() {
+    inTurns reencodeOurs reencodePeer
+    tellTimes "re-encode 1080p to ${height}p, ffmpeg" "at least 1.1"
+    tell "  cores busy" "$(awk '{printf "%.2f", $2 / $1}' "$pairs" | head -c 4)" \
+        "$(awk '{printf "%.2f", $4 / $3}' "$pairs" | head -c 4)" "" \
+        "$(awk -v c="$(nproc)" 'BEGIN {print 0.95 * c}')"
+    inTurns reencodeOurs reencodeHandBrake
+    tellTimes "re-encode 1080p to ${height}p, HandBrakeCLI" "at least 1.1"
+}
+
+rowReencode() {
+    makeFilm
+    size=p720 height=720 rate=10000k buffer=20000k tellReencode
+    size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
+}
+
+# The list: a table of its own.
+rowQueue() { "$root/build/bench/bin/queue_scale" "$@"; }
+
+# The window: a table of its own.
+rowWindow() {
+    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window"
+}

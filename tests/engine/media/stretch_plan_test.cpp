@@ -1,0 +1,68 @@
+#include "engine/media/stretch_plan.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace boxlift::media {
+
+namespace {
+
+constexpr int rate = 44100;
+
+StretchPlan planFor(double seconds, unsigned cores) {
+    return planStretches(Time::fromSeconds(seconds), rate, cores);
+}
+
+bool isSerial(const StretchPlan& plan) {
+    return plan.workers == 1 && plan.length > std::int64_t{1} << 60;
+}
+
+double stretches(double seconds, const StretchPlan& plan) {
+    return seconds * rate / static_cast<double>(plan.length);
+}
+
+TEST(StretchPlan, IsOneStretchForWhatIsShortOrUnknownAndForOneCore) {
+    EXPECT_TRUE(isSerial(planFor(20, 8)));
+    EXPECT_TRUE(isSerial(planFor(0, 8)));
+    EXPECT_TRUE(isSerial(planFor(-5, 8)));
+    EXPECT_TRUE(isSerial(planFor(3600, 1)));
+    EXPECT_TRUE(isSerial(planFor(3600, 0)));
+    EXPECT_TRUE(isSerial(planStretches(Time(), rate, 8)));
+}
+
+TEST(StretchPlan, GivesEachWorkerAsManyStretches) {
+    for (const double seconds : {90.0, 200.0, 600.0, 1000.0, 3600.0, 36'000.0})
+        for (const unsigned cores : {2U, 3U, 8U}) {
+            const StretchPlan plan = planFor(seconds, cores);
+            const double rounds = stretches(seconds, plan) / plan.workers;
+            EXPECT_LE(rounds, std::ceil(rounds)) << seconds;
+            EXPECT_GT(rounds, std::ceil(rounds) - 0.1) << seconds << " s, " << cores;
+        }
+}
+
+TEST(StretchPlan, HasStretchesOfWholeFrames) {
+    EXPECT_EQ(planFor(601.3, 2).length % 1024, 0);
+    EXPECT_EQ(planFor(10, 2).length % 1024, 0);
+}
+
+TEST(StretchPlan, MakesStretchesMuchLongerThanTheirLead) {
+    for (const double seconds : {61.0, 100.0, 600.0, 36'000.0})
+        for (const unsigned cores : {2U, 4U, 64U})
+            EXPECT_GE(planFor(seconds, cores).length, 29 * rate) << seconds << " s, " << cores;
+}
+
+TEST(StretchPlan, BoundsWhatWaitsHoweverLongItIsAndHoweverManyCores) {
+    for (const double seconds : {61.0, 600.0, 3600.0, 360'000.0})
+        for (const unsigned cores : {1U, 2U, 8U, 256U})
+            EXPECT_LE(planFor(seconds, cores).readAhead, 310 * rate) << seconds << " s, " << cores;
+}
+
+TEST(StretchPlan, ReadsFarEnoughAheadForAllWorkers) {
+    const StretchPlan plan = planFor(600, 2);
+    EXPECT_EQ(plan.workers, 2);
+    EXPECT_GT(plan.readAhead, 2 * plan.length);
+}
+
+} // namespace
+
+} // namespace boxlift::media
