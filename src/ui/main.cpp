@@ -1,3 +1,4 @@
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 #include <span>
@@ -33,6 +34,9 @@ std::vector<std::filesystem::path> handedOver(std::span<char*> arguments) {
 int main(int argc, char** argv) {
     boxlift::preferSoftwareRendering();
     QApplication application(argc, argv);
+    // It takes over the user's language, and with it a decimal comma, which the media libraries
+    // would not understand.
+    std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("boxlift"));
     QApplication::setApplicationDisplayName(QStringLiteral("Boxlift"));
     QApplication::setDesktopFileName(QStringLiteral("boxlift"));

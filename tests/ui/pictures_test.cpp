@@ -59,6 +59,8 @@ protected:
         stage.convert(running);
         stage.report(0.42);
         ASSERT_TRUE(QTest::qWaitFor([&] { return running->progress() > 0.4; }));
+        // Only now: a run makes its folder.
+        stage.queue().setOutputDir(QDir::homePath().toStdString() + "/Videos");
     }
 
     Stage stage;
