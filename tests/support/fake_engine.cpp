@@ -44,6 +44,11 @@ void FakeEngine::converts(const fs::path& url, Conversion conversion) {
     m_conversions[url] = std::move(conversion);
 }
 
+void FakeEngine::convertsOtherwise(Conversion conversion) {
+    const std::scoped_lock lock(m_mutex);
+    m_otherConversion = std::move(conversion);
+}
+
 Engine FakeEngine::engine() {
     return {
         .analyze = [this](const fs::path& url, std::stop_token stop) { return analyze(url, stop); },
@@ -69,14 +74,15 @@ MediaInfo FakeEngine::analyze(const fs::path& url, const std::stop_token& stop) 
 
 Mode FakeEngine::convert(const ConvertCall& call, const Converter::Progress& progress,
                          const std::stop_token& stop) {
-    Conversion told = copyAtOnce;
+    Conversion told;
     {
         const std::scoped_lock lock(m_mutex);
+        told = m_otherConversion;
         m_conversionCalls.push_back(call);
         if (const auto found = m_conversions.find(call.url); found != m_conversions.end())
             told = found->second;
     }
-    return told(call, progress, stop);
+    return told ? told(call, progress, stop) : copyAtOnce(call, progress, stop);
 }
 
 std::vector<fs::path> FakeEngine::analyses() const {

@@ -31,7 +31,8 @@ struct ConvertCall {
 };
 
 /// An engine whose analyses and conversions do as told, on the threads that they are called on.
-/// What is not told: every file is a film, every conversion is `copyAtOnce`. Any thread.
+/// What is not told: every file is a film, every conversion is `copyAtOnce` or what
+/// `convertsOtherwise` says. Any thread.
 class FakeEngine {
 public:
     using Analysis = std::function<MediaInfo(const std::stop_token& stop)>;
@@ -40,6 +41,8 @@ public:
 
     void analyzes(const std::filesystem::path& url, Analysis analysis);
     void converts(const std::filesystem::path& url, Conversion conversion);
+    /// What every conversion does that is not told by itself.
+    void convertsOtherwise(Conversion conversion);
     /// Refers to this object.
     Engine engine();
 
@@ -57,6 +60,7 @@ private:
     mutable std::mutex m_mutex;
     std::map<std::filesystem::path, Analysis> m_analyses;
     std::map<std::filesystem::path, Conversion> m_conversions;
+    Conversion m_otherConversion;
     std::vector<std::filesystem::path> m_analysisCalls;
     std::vector<ConvertCall> m_conversionCalls;
 };

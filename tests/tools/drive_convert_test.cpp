@@ -10,6 +10,7 @@
 #include "engine/media/error.h"
 #include "support/temp_folder.h"
 #include "tools/fake_engine.h"
+#include "tools/lines.h"
 
 namespace boxlift::drive {
 namespace {
@@ -67,7 +68,7 @@ protected:
     /// Names of the outputs that the engine was asked for.
     std::vector<std::string> outputNames() const {
         std::vector<std::string> names;
-        for (const ConvertCall& call : fake.calls())
+        for (const ConvertCall& call : fake.conversions())
             names.push_back(call.output.filename().native());
         return names;
     }
@@ -94,8 +95,9 @@ TEST_F(DriveConvert, HandsTheEngineTheFileItsInfoAndTheSettings) {
     line.removeAudio = true;
     run({"/in.mov"});
 
-    EXPECT_THAT(fake.calls(), ElementsAre(ConvertCall{"/in.mov", test::filmInfo(), Target::mov,
-                                                      SizeOption::p1080, true, output / "in.mov"}));
+    EXPECT_THAT(fake.conversions(),
+                ElementsAre(ConvertCall{"/in.mov", test::filmInfo(), Target::mov, SizeOption::p1080,
+                                        true, output / "in.mov"}));
 }
 
 TEST_F(DriveConvert, WritesTheModeThatWasReallyUsed) {
@@ -159,11 +161,11 @@ TEST_F(DriveConvert, LeavesBlockedJobsAloneAndCountsThem) {
 }
 
 TEST_F(DriveConvert, TakesAFileWithoutPictureToM4a) {
-    fake.analyzes("/song.wav", [](const auto&) { return test::soundInfo(); });
+    fake.analyzes("/song.wav", [](const auto&) { return test::songInfo(); });
 
     EXPECT_EQ(run({"/song.wav"}), ExitStatus::allWell);
     EXPECT_THAT(outputNames(), ElementsAre("song.m4a"));
-    EXPECT_EQ(fake.calls().at(0).target, Target::m4a);
+    EXPECT_EQ(fake.conversions().at(0).target, Target::m4a);
 }
 
 TEST_F(DriveConvert, GoesOnAfterFailures) {

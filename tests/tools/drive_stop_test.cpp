@@ -8,6 +8,7 @@
 
 #include "support/temp_folder.h"
 #include "tools/fake_engine.h"
+#include "tools/lines.h"
 
 namespace boxlift::drive {
 namespace {
@@ -83,7 +84,7 @@ TEST_F(DriveStop, DuringTheAnalysesConvertsNothing) {
     });
 
     EXPECT_EQ(run(Command::convert, {"/a.mov"}), ExitStatus::stopped);
-    EXPECT_THAT(fake.calls(), IsEmpty());
+    EXPECT_THAT(fake.conversions(), IsEmpty());
     EXPECT_THAT(lines.all(), ElementsAre(HasSubstr(R"({"event":"ready")"), nothingDone));
 }
 
@@ -96,7 +97,7 @@ TEST_F(DriveStop, CancelsTheRunningConversionAndBeginsNoFurtherOne) {
                   });
 
     EXPECT_EQ(run(Command::convert, {"/a.mov", "/b.mov", "/c.mov"}), ExitStatus::stopped);
-    EXPECT_THAT(fake.calls(), SizeIs(2));
+    EXPECT_THAT(fake.conversions(), SizeIs(2));
     const auto all = lines.all();
     EXPECT_EQ(all.end()[-2], R"({"event":"cancelled","url":"/b.mov"})");
     EXPECT_EQ(all.back(), R"({"event":"finished","done":1,"failed":0,"blocked":0})");
@@ -119,7 +120,7 @@ TEST_F(DriveStop, KeepsAConversionThatWasFasterThanTheStop) {
     });
 
     EXPECT_EQ(run(Command::convert, {"/a.mov", "/b.mov"}), ExitStatus::stopped);
-    EXPECT_THAT(fake.calls(), SizeIs(1));
+    EXPECT_THAT(fake.conversions(), SizeIs(1));
     EXPECT_THAT(lines.with(R"("done","url":"/a.mov")"), SizeIs(1));
     EXPECT_EQ(lines.all().back(), R"({"event":"finished","done":1,"failed":0,"blocked":0})");
 }
@@ -156,7 +157,7 @@ TEST_F(DriveStop, ComesByItselfWhenNobodyReadsAnyMore) {
     EXPECT_EQ(run(Command::convert, {"/a.mov", "/b.mov"}, breaksAtProgress),
               ExitStatus::someFailed);
     EXPECT_TRUE(wasStopped);
-    EXPECT_THAT(fake.calls(), SizeIs(1));
+    EXPECT_THAT(fake.conversions(), SizeIs(1));
     EXPECT_THAT(lines.all(), ElementsAre(HasSubstr("ready"), HasSubstr("ready")));
 }
 

@@ -10,6 +10,7 @@
 
 #include "support/temp_folder.h"
 #include "tools/fake_engine.h"
+#include "tools/lines.h"
 
 namespace boxlift::drive {
 namespace {
@@ -58,7 +59,7 @@ TEST(DriveAnalyze, ConvertsNothing) {
     Analysis analysis;
     analysis.run({"/films/in.mov"});
 
-    EXPECT_THAT(analysis.fake.calls(), IsEmpty());
+    EXPECT_THAT(analysis.fake.conversions(), IsEmpty());
 }
 
 TEST(DriveAnalyze, WritesFailuresAndSaysSoAtTheEnd) {
@@ -86,7 +87,7 @@ TEST(DriveAnalyze, GivesUnforeseenErrorsTheGeneralSentence) {
 
 TEST(DriveAnalyze, SwitchesAFileWithoutPictureToM4a) {
     Analysis analysis;
-    analysis.fake.analyzes("/song.wav", [](const auto&) { return test::soundInfo(); });
+    analysis.fake.analyzes("/song.wav", [](const auto&) { return test::songInfo(); });
 
     EXPECT_EQ(analysis.run({"/song.wav"}), ExitStatus::allWell);
     EXPECT_THAT(analysis.lines.all().front(),

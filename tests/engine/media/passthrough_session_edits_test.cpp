@@ -6,8 +6,7 @@
 #include <array>
 
 #include "engine/media/box_writer.h"
-#include "engine/media/passthrough_copier.h"
-#include "engine/media/source_fixture.h"
+#include "engine/media/copy_fixture.h"
 #include "support/media_boxes.h"
 #include "support/media_decode.h"
 #include "support/media_probe.h"
@@ -32,14 +31,11 @@ constexpr auto mp4 = FileType::AVFileTypeMPEG4;
 constexpr auto mov = FileType::AVFileTypeQuickTimeMovie;
 
 /// When what is copied is shown.
-class PassthroughEditsTest : public test::SourceTest {
+class PassthroughEditsTest : public test::CopyTest {
 protected:
     ProbedFile copied(FileType type) const { return copied(type, type == mp4); }
     ProbedFile copied(FileType type, bool optimize) const {
-        std::filesystem::remove(output());
-        const auto result = test::copyTo(output(), type, *openFile(source()), optimize);
-        EXPECT_EQ(result.status, ExportSession::Status::completed) << result.technical;
-        return probe(output());
+        return CopyTest::copied(type, *openFile(source()), optimize);
     }
 
     /// The first track's only edit is made to last so many ticks of the movie.

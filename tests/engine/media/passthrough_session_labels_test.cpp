@@ -5,8 +5,7 @@
 #include <array>
 
 #include "engine/media/box_writer.h"
-#include "engine/media/passthrough_copier.h"
-#include "engine/media/source_fixture.h"
+#include "engine/media/copy_fixture.h"
 #include "support/media_probe.h"
 
 namespace boxlift::media {
@@ -27,15 +26,8 @@ constexpr auto mov = FileType::AVFileTypeQuickTimeMovie;
 constexpr auto m4a = FileType::AVFileTypeAppleM4A;
 
 /// What tracks say of themselves.
-class PassthroughLabelsTest : public test::SourceTest {
+class PassthroughLabelsTest : public test::CopyTest {
 protected:
-    ProbedFile copied(FileType type) const {
-        std::filesystem::remove(output());
-        const auto result = test::copyTo(output(), type, source());
-        EXPECT_EQ(result.status, ExportSession::Status::completed) << result.technical;
-        return probe(output());
-    }
-
     /// Gives the source's first track, of pictures, a Dolby Vision configuration.
     void addDolbyVision(int profile) const {
         std::string record = {1, 0, static_cast<char>(profile << 1), 0x35,

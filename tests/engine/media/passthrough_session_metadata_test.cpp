@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/media/passthrough_copier.h"
-#include "engine/media/source_fixture.h"
+#include "engine/media/copy_fixture.h"
 #include "support/media_probe.h"
 
 namespace boxlift::media {
@@ -22,15 +21,7 @@ constexpr auto mov = FileType::AVFileTypeQuickTimeMovie;
 constexpr auto m4a = FileType::AVFileTypeAppleM4A;
 
 /// What belongs to the file as a whole.
-class PassthroughMetadataTest : public test::SourceTest {
-protected:
-    ProbedFile copied(FileType type) const {
-        std::filesystem::remove(output());
-        const auto result = test::copyTo(output(), type, source());
-        EXPECT_EQ(result.status, ExportSession::Status::completed) << result.technical;
-        return probe(output());
-    }
-};
+class PassthroughMetadataTest : public test::CopyTest {};
 
 const ProbedStream* coverOf(const ProbedFile& file) {
     for (const ProbedStream& stream : file.streams)

@@ -5,10 +5,9 @@
 #include <array>
 #include <cmath>
 
+#include "engine/media/copy_fixture.h"
 #include "engine/media/file_composition.h"
 #include "engine/media/negative_offsets.h"
-#include "engine/media/passthrough_copier.h"
-#include "engine/media/source_fixture.h"
 #include "support/media_decode.h"
 #include "support/media_probe.h"
 
@@ -31,15 +30,8 @@ constexpr auto mov = FileType::AVFileTypeQuickTimeMovie;
 constexpr auto m4a = FileType::AVFileTypeAppleM4A;
 
 /// What arrives in the output, of sources of every kind.
-class PassthroughTracksTest : public test::SourceTest {
+class PassthroughTracksTest : public test::CopyTest {
 protected:
-    ProbedFile copied(FileType type) const { return copied(type, *openFile(source())); }
-    ProbedFile copied(FileType type, const Asset& asset) const {
-        std::filesystem::remove(output());
-        const auto result = test::copyTo(output(), type, asset);
-        EXPECT_EQ(result.status, Status::completed) << result.technical;
-        return probe(output());
-    }
     /// Copies and compares every payload.
     ProbedFile copiedWhole(FileType type) const {
         const ProbedFile before = probe(source());

@@ -9,7 +9,8 @@
 #include <chrono>
 #include <csignal>
 
-#include "engine/media/reencode_fixture.h"
+#include "engine/media/reencoder.h"
+#include "engine/media/source_fixture.h"
 #include "support/media_probe.h"
 
 namespace boxlift::media {
@@ -24,7 +25,7 @@ using Clock = std::chrono::steady_clock;
 /// A stop is answered within a tenth of a second; the rest is for slow test machines.
 constexpr auto patience = 3s;
 
-class ReencodePipelineTest : public test::ReencodeFixture {
+class ReencodePipelineTest : public test::SourceTest {
 protected:
     void SetUp() override {
         MediaSpec spec;
@@ -35,7 +36,7 @@ protected:
                        .encoderOptions = {{"preset", "ultrafast"}}}};
         spec.audio = {{}, {.layout = "mono"}};
         if (!make(spec))
-            GTEST_SKIP() << m_missing;
+            GTEST_SKIP() << missing();
     }
     std::unique_ptr<ExportSession> session() {
         return test::makeSession(*test::openAsset(source()), output(), {.optimize = true});
@@ -59,7 +60,7 @@ TEST_F(ReencodePipelineTest, StopsBeforeItHasBegun) {
     cancelled->cancelExport();
     EXPECT_EQ(test::run(*cancelled).status, Status::cancelled);
     EXPECT_EQ(cancelled->error(), nullptr);
-    EXPECT_EQ(folderContents(), onlySource);
+    EXPECT_EQ(test::contents(folder()), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, StopsAtOnceWhereverItIs) {
@@ -69,7 +70,7 @@ TEST_F(ReencodePipelineTest, StopsAtOnceWhereverItIs) {
         cancelAt(*cancelled, fraction);
         EXPECT_EQ(cancelled->status(), Status::cancelled);
         EXPECT_LT(cancelled->progress(), 1);
-        EXPECT_EQ(folderContents(), onlySource);
+        EXPECT_EQ(test::contents(folder()), onlySource);
     }
 }
 
@@ -77,9 +78,9 @@ TEST_F(ReencodePipelineTest, IsEitherWholeOrNothingWhenStoppedAtTheEnd) {
     const auto cancelled = session();
     cancelAt(*cancelled, 0.96F);
     if (cancelled->status() == Status::completed)
-        EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
+        EXPECT_EQ(test::contents(folder()), (std::vector<std::string>{"out", "source"}));
     else
-        EXPECT_EQ(folderContents(), onlySource);
+        EXPECT_EQ(test::contents(folder()), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, ChangesNothingWhenStoppedAfterTheEnd) {
@@ -99,7 +100,7 @@ TEST_F(ReencodePipelineTest, EndsWithItsSession) {
         abandoned->waitUntilFinished(50ms);
     }
     EXPECT_LT(Clock::now() - start, patience);
-    EXPECT_EQ(folderContents(), onlySource);
+    EXPECT_EQ(test::contents(folder()), onlySource);
 }
 
 TEST_F(ReencodePipelineTest, LeavesSomeoneElsesFileAlone) {
@@ -112,13 +113,13 @@ TEST_F(ReencodePipelineTest, LeavesSomeoneElsesFileAlone) {
     }
     EXPECT_EQ(late->status(), Status::failed);
     EXPECT_EQ(boxlift::test::readFile(output()), "mine");
-    EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
+    EXPECT_EQ(test::contents(folder()), (std::vector<std::string>{"out", "source"}));
 }
 
 TEST_F(ReencodePipelineTest, NeedsAFolderThatCanBeWrittenTo) {
     if (geteuid() == 0)
         GTEST_SKIP() << "the superuser may write anywhere";
-    const auto folder = source().parent_path() / "closed";
+    const auto folder = path("closed");
     std::filesystem::create_directory(folder);
     chmod(folder.c_str(), 0500);
     const auto result = test::reencode(source(), folder / "out");
@@ -141,7 +142,7 @@ TEST_F(ReencodePipelineTest, NeedsAFolderThatCanBeWrittenTo) {
 TEST_F(ReencodePipelineTest, LeavesNothingOnAFullDisk) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exportIntoALittleRoom(source(), output()), testing::ExitedWithCode(0), "");
-    EXPECT_EQ(folderContents(), onlySource);
+    EXPECT_EQ(test::contents(folder()), onlySource);
 }
 
 } // namespace

@@ -4,7 +4,8 @@
 
 #include <algorithm>
 
-#include "engine/media/reencode_fixture.h"
+#include "engine/media/reencoder.h"
+#include "engine/media/source_fixture.h"
 #include "support/media_boxes.h"
 #include "support/media_decode.h"
 #include "support/media_measure.h"
@@ -21,14 +22,14 @@ using boxlift::test::ProbedStream;
 using boxlift::test::VideoSpec;
 using Status = ExportSession::Status;
 
-class ReencodeSessionTest : public test::ReencodeFixture {
+class ReencodeSessionTest : public test::SourceTest {
 protected:
     /// The output of one export, which must succeed and leave nothing else.
     ProbedFile exported(const test::ReencodeOptions& options = {}) {
         std::filesystem::remove(output());
         const auto result = test::reencode(source(), output(), options);
         EXPECT_EQ(result.status, Status::completed);
-        EXPECT_EQ(folderContents(), (std::vector<std::string>{"out", "source"}));
+        EXPECT_EQ(test::contents(folder()), (std::vector<std::string>{"out", "source"}));
         return probe(output());
     }
 };
@@ -99,7 +100,7 @@ TEST_F(ReencodeSessionTest, MakesPlainH264OfEveryKindOfPicture) {
         EXPECT_EQ(file.video().height, 120);
         EXPECT_EQ(file.video().packets.size(), 25U);
     }
-    EXPECT_GE(made, 8) << m_missing;
+    EXPECT_GE(made, 8) << missing();
 }
 
 TEST_F(ReencodeSessionTest, MakesOddSizesEven) {
@@ -109,7 +110,7 @@ TEST_F(ReencodeSessionTest, MakesOddSizesEven) {
     video.width = 157;
     video.height = 93;
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile file = exported();
     EXPECT_EQ(file.video().width, 156);
     EXPECT_EQ(file.video().height, 92);
@@ -120,7 +121,7 @@ TEST_F(ReencodeSessionTest, DeinterlacesAndKeepsTheNumberOfPictures) {
     video.codec = "mpeg2video";
     video.interlaced = true;
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     ASSERT_TRUE(boxlift::test::decodeVideo(source()).at(3).isInterlaced);
     const ProbedFile file = exported();
     const auto pictures = boxlift::test::decodeVideo(output());
@@ -136,7 +137,7 @@ TEST_F(ReencodeSessionTest, GivesAnamorphicPicturesSquarePixels) {
     video.height = 108;
     video.sampleAspect = {4, 3};
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     ASSERT_EQ(probe(source()).video().sampleAspect, (boxlift::test::Ratio{4, 3}));
     const ProbedFile file = exported();
     EXPECT_EQ(file.video().width, 192);
@@ -151,7 +152,7 @@ TEST_F(ReencodeSessionTest, KeepsTheRotationAsMetadata) {
         video.mirrored = rotation == 180;
         std::filesystem::remove(source());
         if (!make(withVideo(video)))
-            GTEST_SKIP() << m_missing;
+            GTEST_SKIP() << missing();
         const auto matrix = probe(source()).video().displayMatrix;
         ASSERT_TRUE(matrix);
         const ProbedFile file = exported();
@@ -168,7 +169,7 @@ TEST_F(ReencodeSessionTest, FitsAPortraitRecordingIntoTheTurnedBox) {
     video.rotation = 90;
     video.seconds = 0.12;
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile file = exported({.preset = ExportPreset::AVAssetExportPreset1280x720});
     EXPECT_EQ(file.video().width, 1280);
     EXPECT_EQ(file.video().height, 720);
@@ -186,7 +187,7 @@ TEST_F(ReencodeSessionTest, MapsHighRangeToBt709) {
         video.colour = {"bt2020", transfer, "bt2020nc", "tv"};
         std::filesystem::remove(source());
         if (!make(withVideo(video)))
-            GTEST_SKIP() << m_missing;
+            GTEST_SKIP() << missing();
         ASSERT_EQ(probe(source()).video().colour.transfer, transfer);
         const auto colour = exported().video().colour;
         EXPECT_EQ(colour, (boxlift::test::ColourTags{"bt709", "bt709", "bt709", "tv"}));
@@ -195,7 +196,7 @@ TEST_F(ReencodeSessionTest, MapsHighRangeToBt709) {
 
 TEST_F(ReencodeSessionTest, LeavesUntaggedColourUntagged) {
     if (!make(withVideo({})))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     ASSERT_EQ(probe(source()).video().colour.primaries, "");
     const auto colour = exported().video().colour;
     EXPECT_EQ(colour.primaries, "");
@@ -208,7 +209,7 @@ TEST_F(ReencodeSessionTest, KeepsVariableFrameRates) {
     video.variableFrameRate = true;
     video.bFrames = 2;
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile before = probe(source());
     const ProbedFile after = exported();
     expectSameTimes(before.video(), after.video());
@@ -219,7 +220,7 @@ TEST_F(ReencodeSessionTest, RemovesATransportStreamsStartOnce) {
     MediaSpec spec = withVideo({}, "mpegts");
     spec.audio = {{.startSeconds = 0.5}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile before = probe(source());
     ASSERT_GT(before.startSeconds.value(), 1);
     const ProbedFile after = exported();
@@ -234,7 +235,7 @@ TEST_F(ReencodeSessionTest, LooksLikeItsSource) {
     video.height = 240;
     video.encoderOptions = {{"crf", "10"}};
     if (!make(withVideo(video)))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     exported();
     const auto before = boxlift::test::decodeVideo(source());
     const auto after = boxlift::test::decodeVideo(output());
@@ -249,7 +250,7 @@ TEST_F(ReencodeSessionTest, PutsTheIndexInFrontOnlyWhenAsked) {
     MediaSpec spec = withVideo({});
     spec.audio = {{}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const auto place = [this](const char* box) {
         const auto boxes = boxlift::test::topLevelBoxes(output());
         const auto found = std::find_if(boxes.begin(), boxes.end(),
@@ -270,7 +271,7 @@ TEST_F(ReencodeSessionTest, OffersM4aForSoundAlone) {
     MediaSpec spec = withVideo({});
     spec.audio = {{}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const std::vector<FileType> movies{FileType::AVFileTypeMPEG4,
                                        FileType::AVFileTypeQuickTimeMovie};
     EXPECT_EQ(typesOf(), movies);
@@ -291,7 +292,7 @@ TEST_F(ReencodeSessionTest, ShowsProgressThatNeverGoesBackAndIsWholeOnlyAtTheEnd
     spec.seconds = 6;
     spec.audio = {{}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const auto result = test::reencode(source(), output(), {.optimize = true});
     EXPECT_EQ(result.status, Status::completed);
     EXPECT_FLOAT_EQ(result.lastProgress, 1);

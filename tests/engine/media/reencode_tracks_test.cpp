@@ -6,7 +6,8 @@
 #include <fstream>
 
 #include "engine/media/file_composition.h"
-#include "engine/media/reencode_fixture.h"
+#include "engine/media/reencoder.h"
+#include "engine/media/source_fixture.h"
 #include "support/media_boxes.h"
 #include "support/media_decode.h"
 #include "support/media_probe.h"
@@ -21,7 +22,7 @@ using boxlift::test::ProbedFile;
 using boxlift::test::StreamKind;
 using Status = ExportSession::Status;
 
-class ReencodeTracksTest : public test::ReencodeFixture {
+class ReencodeTracksTest : public test::SourceTest {
 protected:
     ProbedFile exported(const test::ReencodeOptions& options = {}) {
         EXPECT_EQ(test::reencode(source(), output(), options).status, Status::completed);
@@ -33,7 +34,7 @@ protected:
         EXPECT_EQ(result.status, Status::failed);
         EXPECT_EQ(result.error, kind);
         EXPECT_LT(result.lastProgress, 1);
-        EXPECT_EQ(folderContents(), std::vector<std::string>{"source"});
+        EXPECT_EQ(test::contents(folder()), std::vector<std::string>{"source"});
     }
     /// Overwrites a part of the source, given as fractions of its length.
     void damage(double from, double to) {
@@ -70,7 +71,7 @@ TEST_F(ReencodeTracksTest, KeepEveryTrackOfSoundWithItsLanguage) {
     spec.audio = {{.frequencies = {440}, .language = "eng", .isDefault = true},
                   {.layout = "mono", .frequencies = {880}, .language = "ger"}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile file = exported();
     ASSERT_EQ(file.all(StreamKind::audio).size(), 2U);
     EXPECT_EQ(file.audio(0).language, "eng");
@@ -84,7 +85,7 @@ TEST_F(ReencodeTracksTest, KeepLateSoundLate) {
     spec.seconds = 2;
     spec.audio = {{.codec = "pcm_s16le", .startSeconds = 0.7}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     ASSERT_NEAR(probe(source()).audio().startSeconds.value(), 0.7, 0.001);
     exported();
     EXPECT_NEAR(boxlift::test::decodeAudio(output()).startSeconds, 0.7, 0.03);
@@ -94,7 +95,7 @@ TEST_F(ReencodeTracksTest, NeedNoSound) {
     MediaSpec spec = movie();
     spec.audio.clear();
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     EXPECT_EQ(exported().streams.size(), 1U);
 }
 
@@ -102,7 +103,7 @@ TEST_F(ReencodeTracksTest, NeedNoPicture) {
     MediaSpec spec = movie();
     spec.video.clear();
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile file = exported();
     ASSERT_EQ(file.streams.size(), 1U);
     EXPECT_EQ(file.audio().codec, "aac");
@@ -114,7 +115,7 @@ TEST_F(ReencodeTracksTest, KeepTextOfAWholeFile) {
     spec.format = "mp4";
     spec.subtitles = {{.events = {{0.1, 0.5, "one"}, {0.6, 0.9, "two"}}, .language = "eng"}};
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const ProbedFile file = exported();
     const auto texts = file.all(StreamKind::subtitle);
     ASSERT_EQ(texts.size(), 1U);
@@ -126,7 +127,7 @@ TEST_F(ReencodeTracksTest, TakeACompositionsTracksAndTransformAlone) {
     MediaSpec spec = movie();
     spec.video.front().rotation = 90;
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const auto asset = test::openAsset(source());
     const auto track = asset->loadTracks(MediaType::video).at(0);
     FileComposition composition;
@@ -144,7 +145,7 @@ TEST_F(ReencodeTracksTest, TakeACompositionsTracksAndTransformAlone) {
 
 TEST_F(ReencodeTracksTest, RefuseAMovieWhoseEndIsMissing) {
     if (!make(longMovie()))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     truncate(0.5);
     expectFailure(ErrorKind::sourceEndsEarly);
 }
@@ -154,7 +155,7 @@ TEST_F(ReencodeTracksTest, TakeABrokenOffBroadcastForWhatItIs) {
     spec.format = "mpegts";
     spec.seconds = 3;
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     truncate(0.5);
     const ProbedFile file = exported();
     EXPECT_GT(file.durationSeconds.value(), 0.7);
@@ -165,7 +166,7 @@ TEST_F(ReencodeTracksTest, SkipWhatIsDamaged) {
     MediaSpec spec = longMovie();
     spec.audio.clear();
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     damage(0.45, 0.5);
     const ProbedFile file = exported();
     EXPECT_GT(file.video().packets.size(), 70U);
@@ -177,7 +178,7 @@ TEST_F(ReencodeTracksTest, RefuseATrackOfWhichNothingCanBeDecoded) {
     spec.audio.clear();
     spec.video.front().codec = "png";
     if (!make(spec))
-        GTEST_SKIP() << m_missing;
+        GTEST_SKIP() << missing();
     const auto boxes = boxlift::test::topLevelBoxes(source());
     ASSERT_EQ(boxes.back().type, "mdat");
     const auto size = static_cast<double>(std::filesystem::file_size(source()));
