@@ -8,6 +8,14 @@ fail() {
     exit "${2:-1}"
 }
 
+# listPackages SECTION...: what packaging/packages has for them, one per line.
+listPackages() {
+    local section package
+    while read -r section package; do
+        case " $* " in *" ${section%:} "*) printf '%s\n' "$package" ;; esac
+    done <"$root/packaging/packages"
+}
+
 # Presets that changed since the last configuration count only after a new one.
 configurePreset() {
     local ninja="$root/build/$1/build.ninja"

@@ -16,6 +16,7 @@
 #include "queue/job_list.h"
 #include "queue/job_tally.h"
 #include "queue/output_folder.h"
+#include "queue/run_counts.h"
 #include "queue/task.h"
 #include "queue/workers.h"
 
@@ -89,6 +90,10 @@ public:
     // Run control.
     /// The run that goes on or the last one; null before the first.
     Task* task() const { return m_task.get(); }
+    /// Of the run that goes on or the last one.
+    const RunCounts& runCounts() const { return m_runCounts; }
+    /// The job that is being converted; null when there is none.
+    const Job* current() const { return m_current.get(); }
     Q_INVOKABLE void startAll();
     Q_INVOKABLE void convert(boxlift::Job* job);
     Q_INVOKABLE void remove(boxlift::Job* job);
@@ -115,6 +120,8 @@ signals:
     void defaultRemoveAudioChanged();
     void outputDirChanged();
     void taskChanged();
+    /// Of runCounts and current.
+    void runAdvanced();
     void hasFinishedChanged();
     void pendingCountChanged();
 
@@ -124,6 +131,8 @@ private:
     QCoro::Task<> runOne(std::shared_ptr<Job> job, std::stop_token stop);
     std::stop_token beginRun();
     void endRun();
+    void beginJob(std::shared_ptr<Job> job);
+    void countJob(const Job& job);
     void removeIf(const std::function<bool(const Job&)>& predicate);
 
     FileChooser& m_chooser;
@@ -134,6 +143,7 @@ private:
     JobSettings m_defaults;
     OutputFolder m_outputFolder;
     std::unique_ptr<Task> m_task;
+    RunCounts m_runCounts;
     std::shared_ptr<Job> m_current;
 };
 

@@ -18,12 +18,23 @@ void Queue::convert(Job* job) {
 
 std::stop_token Queue::beginRun() {
     m_isRunning = true;
+    m_runCounts = {};
     if (m_task)
         m_task.release()->deleteLater();
     m_task = std::make_unique<Task>();
     emit taskChanged();
     emit isRunningChanged();
     return m_task->stopToken();
+}
+
+void Queue::beginJob(std::shared_ptr<Job> job) {
+    m_current = std::move(job);
+    emit runAdvanced();
+}
+
+void Queue::countJob(const Job& job) {
+    m_runCounts.done += std::holds_alternative<Done>(job.state()) ? 1 : 0;
+    m_runCounts.failed += std::holds_alternative<Failed>(job.state()) ? 1 : 0;
 }
 
 void Queue::endRun() {
@@ -36,23 +47,27 @@ void Queue::endRun() {
 QCoro::Task<> Queue::runAll(std::stop_token stop) {
     co_await m_workers.turns.nextTurn();
     const JobList::Jobs snapshot = jobs();
+    m_runCounts.planned = pendingCount();
     for (const auto& job : snapshot) {
         if (!job->canConvert())
             continue;
         if (stop.stop_requested())
             break;
-        m_current = job;
+        beginJob(job);
         auto run = job->run(outputDir(), stop);
         co_await run;
+        countJob(*job);
     }
     endRun();
 }
 
 QCoro::Task<> Queue::runOne(std::shared_ptr<Job> job, std::stop_token stop) {
     co_await m_workers.turns.nextTurn();
-    m_current = job;
+    m_runCounts.planned = 1;
+    beginJob(job);
     auto run = job->run(outputDir(), stop);
     co_await run;
+    countJob(*job);
     endRun();
 }
 

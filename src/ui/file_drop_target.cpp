@@ -10,6 +10,7 @@
 #include <QMimeData>
 
 #include "queue/file_url.h"
+#include "ui/desktop/file_transfer.h"
 
 namespace boxlift {
 
@@ -33,7 +34,8 @@ FileDropTarget::FileDropTarget(QQuickItem* parent) : QQuickItem(parent) {
 
 void FileDropTarget::dragEnterEvent(QDragEnterEvent* event) {
     m_urls = event->mimeData()->urls();
-    setTargeted(std::any_of(m_urls.begin(), m_urls.end(), isFile));
+    m_transferKey = FileTransfer::key(*event->mimeData());
+    setTargeted(m_transferKey || std::any_of(m_urls.begin(), m_urls.end(), isFile));
     if (m_targeted)
         take(*event);
     else
@@ -55,7 +57,24 @@ void FileDropTarget::dragLeaveEvent(QDragLeaveEvent* event) {
 void FileDropTarget::dropEvent(QDropEvent* event) {
     setTargeted(false);
     take(*event);
-    emit dropped(std::exchange(m_urls, {}));
+    const QList<QUrl> urls = std::exchange(m_urls, {});
+    if (const auto key = std::exchange(m_transferKey, std::nullopt))
+        retrieve(*key, urls);
+    else
+        emit dropped(urls);
+}
+
+/// The addresses that such a drag has besides are those of its own sandbox, and a last resort.
+void FileDropTarget::retrieve(const QString& key, const QList<QUrl>& otherwise) {
+    if (!m_bus)
+        m_bus = QDBusConnection::sessionBus();
+    if (!m_bus->isConnected()) {
+        emit dropped(otherwise);
+        return;
+    }
+    FileTransfer::retrieve(*m_bus, key, this, [this, otherwise](const QList<QUrl>& files) {
+        emit dropped(files.isEmpty() ? otherwise : files);
+    });
 }
 
 void FileDropTarget::setTargeted(bool targeted) {

@@ -8,6 +8,8 @@
 #include <QApplication>
 
 #include "queue/file_url.h"
+#include "ui/desktop/application_id.h"
+#include "ui/desktop/single_instance.h"
 #include "ui/shell.h"
 #include "ui/window_rendering.h"
 
@@ -39,10 +41,18 @@ int main(int argc, char** argv) {
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("boxlift"));
     QApplication::setApplicationDisplayName(QStringLiteral("Boxlift"));
-    QApplication::setDesktopFileName(QStringLiteral("boxlift"));
+    QApplication::setDesktopFileName(boxlift::applicationId);
+    const auto files = handedOver(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+    boxlift::SingleInstance instance(QDBusConnection::sessionBus());
+    if (instance.handOver(files))
+        return EXIT_SUCCESS;
     boxlift::Shell shell(boxlift::converterEngine());
     if (!shell.openWindow())
         return EXIT_FAILURE;
-    shell.queue().addPaths(handedOver(std::span(argv, static_cast<std::size_t>(argc)).subspan(1)));
+    QObject::connect(&instance, &boxlift::SingleInstance::opened, &shell.queue(),
+                     [&shell](const QList<QUrl>& urls) { shell.queue().add(urls); });
+    QObject::connect(&instance, &boxlift::SingleInstance::activated, &shell,
+                     &boxlift::Shell::raiseWindow);
+    shell.queue().addPaths(files);
     return QApplication::exec();
 }

@@ -15,9 +15,12 @@ namespace boxlift {
 Shell::Shell(Engine engine)
     : m_chooser([this] { return palette(); }),
       m_queue({std::move(engine), m_chooser, m_preferences, UserFolders::ofSystem()}),
+      m_presence(m_queue, QDBusConnection::sessionBus(),
+                 [this] { return window() && window()->isActive(); }),
       m_qml(std::make_unique<QQmlApplicationEngine>()) {
     addWindowModule(*m_qml);
     qApp->installEventFilter(this);
+    connect(&m_presence, &RunPresence::windowWanted, this, &Shell::raiseWindow);
 }
 
 Shell::~Shell() = default;
@@ -25,13 +28,22 @@ Shell::~Shell() = default;
 QQuickWindow* Shell::openWindow() {
     m_qml->setInitialProperties({{QStringLiteral("queue"), QVariant::fromValue(&m_queue)}});
     m_qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/Main.qml")));
-    if (m_qml->rootObjects().isEmpty())
-        return nullptr;
-    auto* window = qobject_cast<QQuickWindow*>(m_qml->rootObjects().constFirst());
-    window->show();
-    window->raise();
-    window->requestActivate();
-    return window;
+    if (window())
+        raiseWindow();
+    return window();
+}
+
+void Shell::raiseWindow() {
+    // Out of the icon too, as large as it was.
+    window()->setWindowStates(window()->windowStates() & ~Qt::WindowMinimized);
+    window()->show();
+    window()->raise();
+    window()->requestActivate();
+}
+
+QQuickWindow* Shell::window() const {
+    const QList<QObject*> windows = m_qml->rootObjects();
+    return windows.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(windows.constFirst());
 }
 
 bool Shell::eventFilter(QObject* watched, QEvent* event) {
@@ -43,10 +55,9 @@ bool Shell::eventFilter(QObject* watched, QEvent* event) {
 }
 
 QPalette Shell::palette() const {
-    const QList<QObject*> windows = m_qml->rootObjects();
-    if (windows.isEmpty())
+    if (!window())
         return QGuiApplication::palette();
-    return panelPalette(*windows.constFirst()->property("theme").value<QObject*>());
+    return panelPalette(*window()->property("theme").value<QObject*>());
 }
 
 } // namespace boxlift

@@ -8,6 +8,7 @@
 
 #include "queue/queue.h"
 #include "queue/user_preferences.h"
+#include "ui/desktop/run_presence.h"
 #include "ui/dialog_chooser.h"
 
 class QQmlApplicationEngine;
@@ -28,16 +29,20 @@ public:
 
     /// Opens the window in front of the others; null when that fails.
     QQuickWindow* openWindow();
+    /// Brings it back to the front.
+    void raiseWindow();
 
     /// Takes the files that the desktop hands over while the application runs.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    QQuickWindow* window() const;
     QPalette palette() const;
 
     UserPreferences m_preferences;
     DialogChooser m_chooser;
     Queue m_queue;
+    RunPresence m_presence;
     std::unique_ptr<QQmlApplicationEngine> m_qml;
 };
 

@@ -334,5 +334,38 @@ TEST_F(QueueRun, IsOverBeforeItSaysSo) {
     EXPECT_THAT(values, ElementsAre(true, false));
 }
 
+TEST_F(QueueRun, CountsItsJobs) {
+    addDone("done.mov");
+    addFailed("failed.mov");
+    addReady("ready.mov");
+    m_engine.converts(input("failed.mov"),
+                      [](const auto&...) -> Mode { throw ConvertError("no"); });
+    std::vector<std::string> current;
+    QObject::connect(&queue(), &Queue::runAdvanced, &queue(), [&] {
+        EXPECT_EQ(queue().runCounts().planned, 2);
+        current.push_back(queue().current()->path().filename().string());
+    });
+    queue().startAll();
+    EXPECT_EQ(queue().runCounts(), RunCounts());
+    ASSERT_TRUE(spinUntilIdle());
+
+    EXPECT_THAT(current, ElementsAre("failed.mov", "ready.mov"));
+    EXPECT_EQ(queue().runCounts(), (RunCounts{.planned = 2, .done = 1, .failed = 1}));
+    EXPECT_EQ(queue().current(), nullptr);
+}
+
+TEST_F(QueueRun, CountsNothingOfAJobThatWasStopped) {
+    Gate gate;
+    holdAt("a.mov", gate);
+    addReady("a.mov");
+    addReady("b.mov");
+    queue().startAll();
+    ASSERT_TRUE(spinUntilReached(gate));
+    queue().task()->cancel();
+    ASSERT_TRUE(spinUntilIdle());
+
+    EXPECT_EQ(queue().runCounts(), (RunCounts{.planned = 2}));
+}
+
 } // namespace
 } // namespace boxlift

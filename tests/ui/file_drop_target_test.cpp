@@ -5,6 +5,10 @@
 #include <QMimeData>
 #include <QQuickWindow>
 #include <QSignalSpy>
+#include <QTest>
+
+#include "ui/support/fake_file_transfer.h"
+#include "ui/support/private_bus.h"
 
 namespace boxlift::test {
 namespace {
@@ -121,6 +125,61 @@ TEST_F(FileDropTargetTest, NeverHasFilesMoved) {
     actions = Qt::CopyAction | Qt::MoveAction;
     enter();
     EXPECT_EQ(drop(), Qt::CopyAction);
+}
+
+class PortalDropTest : public FileDropTargetTest {
+protected:
+    void SetUp() override {
+        FileDropTargetTest::SetUp();
+        if (!bus.runs())
+            GTEST_SKIP() << "no dbus-daemon";
+        target.setBus(bus.clients());
+        transfer.key = QStringLiteral("key of 12");
+        transfer.files = {QStringLiteral("/videos/a b.mov"), QStringLiteral("/videos/é.mp4")};
+        data.setData(QStringLiteral("application/vnd.portal.filetransfer"),
+                     QByteArray("key of 12\0", 10));
+    }
+    void offerPortal() {
+        ASSERT_TRUE(bus.offer(QStringLiteral("org.freedesktop.portal.Documents"),
+                              QStringLiteral("/org/freedesktop/portal/documents"), transfer));
+    }
+    std::vector<std::string> droppedFiles() {
+        const QSignalSpy drops(&target, &FileDropTarget::dropped);
+        EXPECT_TRUE(enter());
+        EXPECT_EQ(drop(), Qt::CopyAction);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return drops.count() == 1; }));
+        std::vector<std::string> files;
+        for (const QUrl& url : drops.value(0).value(0).value<QList<QUrl>>())
+            files.push_back(url.toEncoded().toStdString());
+        return files;
+    }
+
+    PrivateBus bus;
+    FakeFileTransfer transfer;
+};
+
+TEST_F(PortalDropTest, AsksThePortalForTheFiles) {
+    offerPortal();
+    EXPECT_EQ(droppedFiles(),
+              (std::vector<std::string>{"file:///videos/a%20b.mov", "file:///videos/%C3%A9.mp4"}));
+}
+
+TEST_F(PortalDropTest, PrefersThePortalToAddressesOfASandbox) {
+    offerPortal();
+    data.setUrls({QUrl(QStringLiteral("file:///sandbox/a.mov"))});
+    EXPECT_EQ(droppedFiles().size(), 2U);
+}
+
+TEST_F(PortalDropTest, TakesTheAddressesWhereThereIsNoPortal) {
+    data.setUrls({QUrl(QStringLiteral("file:///sandbox/a.mov"))});
+    EXPECT_EQ(droppedFiles(), std::vector<std::string>{"file:///sandbox/a.mov"});
+}
+
+TEST_F(PortalDropTest, TakesTheAddressesWhenThePortalDoesNotKnowTheKey) {
+    offerPortal();
+    transfer.key = QStringLiteral("another");
+    data.setUrls({QUrl(QStringLiteral("file:///sandbox/a.mov"))});
+    EXPECT_EQ(droppedFiles(), std::vector<std::string>{"file:///sandbox/a.mov"});
 }
 
 } // namespace
