@@ -47,6 +47,8 @@ SingleInstance::SingleInstance(const QDBusConnection& bus, QObject* parent)
 }
 
 SingleInstance::~SingleInstance() {
+    if (!m_bus.isConnected())
+        return;
     m_bus.unregisterService(applicationId);
     m_bus.unregisterObject(applicationPath);
 }

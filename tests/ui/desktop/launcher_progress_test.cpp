@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDBusConnectionInterface>
 #include <QTest>
 
 #include "ui/support/private_bus.h"
@@ -37,6 +38,8 @@ protected:
         ASSERT_TRUE(bus.services().connect(
             QString(), QString(), QStringLiteral("com.canonical.Unity.LauncherEntry"),
             QStringLiteral("Update"), &launcher, SLOT(take(QString, QVariantMap))));
+        // Whatever is asked after the connection is answered after it.
+        ASSERT_TRUE(bus.services().interface()->isServiceRegistered(bus.clients().baseService()));
     }
     bool waitFor(int updates) {
         return QTest::qWaitFor([&] { return launcher.visible.size() == updates; });
