@@ -32,9 +32,9 @@ class WindowTest(unittest.TestCase):
         cls.long_sound = cls.make("long sound.wav", 420)
         cls.desktop = cls.enterClassContext(Desktop(os.path.join(FOLDER, "desktop")))
         cls.home = cls.desktop.environment["HOME"]
-        cls.shown = os.path.join(cls.home, "shown.txt")
+        cls.asked = os.path.join(cls.home, "asked.txt")
         services = cls.desktop.run(
-            sys.executable, os.path.join(os.path.dirname(__file__), "services.py"), cls.shown,
+            sys.executable, os.path.join(os.path.dirname(__file__), "services.py"), cls.asked,
             "2", stdout=subprocess.PIPE)
         services.stdout.readline()
 
@@ -48,6 +48,8 @@ class WindowTest(unittest.TestCase):
         self.output = os.path.join(self.home, "Videos")
         for folder in (self.output, self.desktop.environment["XDG_CONFIG_HOME"]):
             shutil.rmtree(folder, ignore_errors=True)
+        if os.path.exists(self.asked):
+            os.remove(self.asked)
         self.pictures = 0
         # They live as long as the test: what a program has dropped leaves it only a little later.
         self.sources = []
@@ -109,6 +111,13 @@ class WindowTest(unittest.TestCase):
 
     def has(self, *names):
         return set(names) <= set(self.window.names())
+
+    def asked_for(self, beginning):
+        """What the desktop's services were asked in this test."""
+        if not os.path.exists(self.asked):
+            return []
+        with open(self.asked, encoding="utf-8") as file:
+            return [line for line in file.read().splitlines() if line.startswith(beginning)]
 
     def outputs(self):
         return sorted(os.listdir(self.output)) if os.path.isdir(self.output) else []
@@ -210,14 +219,30 @@ class WindowTest(unittest.TestCase):
         self.press("Convert All")
         self.wait_for_text("Boxlifted in")
         self.press("Reveal in Finder")
-        wait_for("the file manager", lambda: os.path.exists(self.shown))
-        with open(self.shown, encoding="utf-8") as file:
-            self.assertEqual(file.read().split("\n")[0].rsplit("/", 1)[1],
-                             "%C3%89lise%20%C3%A0%20l'%C3%A9t%C3%A9.mp4")
+        shown = wait_for("the file manager", lambda: self.asked_for("show "))
+        self.assertEqual(shown[0].rsplit("/", 1)[1], "%C3%89lise%20%C3%A0%20l'%C3%A9t%C3%A9.mp4")
 
     def test_files_handed_over_at_the_start_are_in_the_list(self):
         self.start_again(self.clip)
         wait_for("the card", lambda: self.has("clip.mov"))
+
+    def test_a_second_start_hands_its_files_over(self):
+        second = self.desktop.run(os.path.join(PROGRAMS, "boxlift"), self.copy_of("as well.mov"))
+        self.assertEqual(second.wait(20), 0)
+        wait_for("the card", lambda: self.has("as well.mov"))
+
+    def test_the_desktop_learns_of_a_run(self):
+        self.add(self.clip, self.make("sound.wav", 120))
+        self.press("Convert this file")
+        self.wait_for_text("Boxlifted in")
+        wait_for("sleep", lambda: self.asked_for("asleep"))
+        self.assertEqual(self.asked_for("notify"), [])
+        self.press("Convert All")
+        other = self.desktop.window_of(self.sources[0], "Drag source")
+        self.desktop.xdotool("windowactivate", "--sync", other)
+        wait_for("the notification", lambda: self.asked_for("notify"), 120)
+        self.assertEqual(self.asked_for("notify"), ["notify Conversion finished: 1 file is done."])
+        self.assertEqual(len(self.asked_for("awake")), 2)
 
     def test_every_control_is_reached_with_tab(self):
         self.add(self.clip)
