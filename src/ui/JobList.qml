@@ -54,6 +54,7 @@ ListView {
             width: cell.width - Theme.scaled(32)
             job: keeper.job
             queue: root.queue
+            inSight: cell.y < root.contentY + root.height && cell.y + cell.height > root.contentY
         }
     }
 }

@@ -9,6 +9,7 @@ Rectangle {
 
     required property Job job
     required property Queue queue
+    property bool inSight: true
 
     readonly property int padding: Theme.scaled(12)
     readonly property int spacing: Theme.scaled(12)
@@ -77,6 +78,7 @@ Rectangle {
         StatusView {
             Layout.fillWidth: true
             job: root.job
+            inSight: root.inSight
         }
     }
 
