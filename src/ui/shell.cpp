@@ -8,6 +8,7 @@
 #include <QQuickWindow>
 
 #include "ui/panel_palette.h"
+#include "ui/window_icon.h"
 #include "ui/window_module.h"
 
 namespace boxlift {
@@ -28,6 +29,10 @@ QQuickWindow* Shell::openWindow() {
     if (m_qml->rootObjects().isEmpty())
         return nullptr;
     auto* window = qobject_cast<QQuickWindow*>(m_qml->rootObjects().constFirst());
+    // After the first frame, which it would hold up.
+    connect(
+        window, &QQuickWindow::frameSwapped, window,
+        [] { QGuiApplication::setWindowIcon(windowIcon()); }, Qt::SingleShotConnection);
     window->show();
     window->raise();
     window->requestActivate();
