@@ -70,7 +70,7 @@ Rectangle {
             Layout.fillWidth: true
             visible: root.job.hasInfo
             text: root.job.summary
-            elide: Text.ElideRight
+            wrapMode: Text.Wrap
             color: Theme.secondary
             font.pixelSize: Theme.caption
         }
