@@ -81,6 +81,7 @@ def measure_start(desktop, programs):
 
 def settle(frames):
     """Waits until nothing has been drawn for a second: a list goes on for a moment."""
+    frames.first()
     wait_for("the list to rest", lambda: time.monotonic() - frames.started
              - frames.times[-1][0] > 1, 30)
 

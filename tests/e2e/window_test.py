@@ -165,6 +165,7 @@ class WindowTest(unittest.TestCase):
         self.add(self.long_sound, second)
         self.press("Convert All")
         self.window.find("push button", "Stop")
+        self.photograph("running")
         self.press("Remove from queue", 0)
         self.window.find("push button", "Convert All")
         self.photograph("removed")
