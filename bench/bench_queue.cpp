@@ -1,24 +1,16 @@
 #include "bench/bench_queue.h"
 
+#include "support/media_infos.h"
+
 namespace boxlift::bench {
 
 namespace {
 
 namespace fs = std::filesystem;
 
-MediaInfo filmInfo() {
-    return {.hasVideo = true,
-            .hasAudio = true,
-            .videoCodec = fourCharCode("avc1"),
-            .audioCodec = fourCharCode("aac "),
-            .width = 1920,
-            .height = 1080,
-            .duration = 12.5};
-}
-
 Engine instantEngine() {
     return {
-        .analyze = [](const fs::path&, std::stop_token) { return filmInfo(); },
+        .analyze = [](const fs::path&, std::stop_token) { return test::filmInfo(); },
         .convert = [](const fs::path&, const MediaInfo&, Target, SizeOption, bool, const fs::path&,
                       const Converter::Progress&, std::stop_token) { return Mode::boxlift; },
     };

@@ -79,6 +79,13 @@ def measure_start(desktop, programs):
           f"empty window {memory['empty_window']:.0f} MiB")
 
 
+def settle(frames):
+    """Waits until nothing has been drawn for a second: a list goes on for a moment."""
+    frames.first()
+    wait_for("the list to rest", lambda: time.monotonic() - frames.started
+             - frames.times[-1][0] > 1, 30)
+
+
 def make_files(folder):
     for index in range(FILES):
         parent = os.path.join(folder, f"{index // 500:02}")
@@ -92,7 +99,7 @@ def measure_list(desktop, programs, folder):
     frames = Frames(desktop, os.path.join(programs, "boxlift"), folder)
     window = desktop.window_of(frames.process, "Boxlift")
     before = memory_mib(frames.process)
-    time.sleep(6)
+    settle(frames)
     print(f"memory with {FILES} cards {memory_mib(frames.process):6.0f} MiB  (at first {before:.0f})")
     desktop.place(window, 100, 50, 1000, 800)
     desktop.xdotool("mousemove", 500, 400)
@@ -102,6 +109,7 @@ def measure_list(desktop, programs, folder):
     drawn = [milliseconds for _, milliseconds in frames.times[count:]]
     print(f"scrolling              {len(drawn):6} frames, median {statistics.median(drawn):.0f} ms, "
           f"worst {max(drawn)} ms   budget 16")
+    settle(frames)
     start = cpu_seconds(frames.process)
     count = len(frames.times)
     time.sleep(5)

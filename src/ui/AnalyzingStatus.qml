@@ -7,10 +7,13 @@ import Boxlift
 RowLayout {
     id: root
 
+    // Whether anybody can see it: only then the wheel turns.
+    required property bool inSight
+
     spacing: Theme.scaled(6)
 
     BusyIndicator {
-        running: true
+        running: root.inSight
     }
 
     Label {

@@ -25,11 +25,19 @@ Item {
                 onChooseFiles: root.queue.chooseFiles()
             }
 
-            JobList {
-                objectName: "jobList"
+            // Made with the first file: the window opens sooner without it.
+            Loader {
+                id: list
+
+                function make() {
+                    if (!root.empty && !item)
+                        setSource("JobList.qml", { queue: root.queue })
+                }
+
                 anchors.fill: parent
                 visible: !root.empty
-                queue: root.queue
+                onVisibleChanged: make()
+                Component.onCompleted: make()
             }
         }
 

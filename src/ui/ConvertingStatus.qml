@@ -25,10 +25,17 @@ ColumnLayout {
         value: root.job.progress
     }
 
-    Label {
-        objectName: "percentText"
-        text: Texts.percent(root.job.progress)
-        color: Theme.secondary
-        font.pixelSize: Theme.caption2
+    // Not a part of the layout, which would take a second frame for each new width.
+    Item {
+        implicitHeight: percent.implicitHeight
+
+        Label {
+            id: percent
+
+            objectName: "percentText"
+            text: Texts.percent(root.job.progress)
+            color: Theme.secondary
+            font.pixelSize: Theme.caption2
+        }
     }
 }

@@ -9,6 +9,7 @@ Rectangle {
 
     required property Job job
     required property Queue queue
+    property bool inSight: true
 
     readonly property int padding: Theme.scaled(12)
     readonly property int spacing: Theme.scaled(12)
@@ -69,7 +70,7 @@ Rectangle {
             Layout.fillWidth: true
             visible: root.job.hasInfo
             text: root.job.summary
-            elide: Text.ElideRight
+            wrapMode: Text.Wrap
             color: Theme.secondary
             font.pixelSize: Theme.caption
         }
@@ -77,6 +78,7 @@ Rectangle {
         StatusView {
             Layout.fillWidth: true
             job: root.job
+            inSight: root.inSight
         }
     }
 

@@ -14,6 +14,7 @@ RowLayout {
     spacing: Theme.scaled(6)
 
     ModeBadge {
+        Layout.alignment: Qt.AlignTop
         mode: root.mode
     }
 
@@ -22,7 +23,7 @@ RowLayout {
         Layout.fillWidth: true
         text: root.text
         color: Theme.secondary
-        elide: Text.ElideRight
+        wrapMode: Text.Wrap
         font.pixelSize: Theme.caption
     }
 }

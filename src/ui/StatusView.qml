@@ -7,6 +7,7 @@ Item {
     id: root
 
     required property Job job
+    required property bool inSight
 
     implicitHeight: loader.height
     visible: loader.sourceComponent !== null
@@ -15,7 +16,9 @@ Item {
     Component {
         id: analyzing
 
-        AnalyzingStatus {}
+        AnalyzingStatus {
+            inSight: root.inSight
+        }
     }
 
     Component {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -10,6 +11,7 @@
 #include <QWindow>
 
 #include "ui/files_panel.h"
+#include "ui/panel_parts.h"
 
 namespace boxlift {
 
@@ -31,12 +33,9 @@ void removeButtonIcons(const QFileDialog& panel) {
         button->setIcon(QIcon());
 }
 
-/// There is but one kind of folder.
-void hideFileTypes(const QFileDialog& panel) {
-    for (const char* name : {"fileTypeLabel", "fileTypeCombo"}) {
-        if (auto* part = panel.findChild<QWidget*>(QLatin1String(name)))
-            part->hide();
-    }
+/// The keys of the window's commands work in a panel too, and must not open another on top of it.
+bool isPanelOpen() {
+    return QApplication::activeModalWidget() != nullptr;
 }
 
 } // namespace
@@ -44,6 +43,8 @@ void hideFileTypes(const QFileDialog& panel) {
 DialogChooser::DialogChooser(std::function<QPalette()> palette) : m_palette(std::move(palette)) {}
 
 QList<QUrl> DialogChooser::chooseFiles(const QString& message) {
+    if (isPanelOpen())
+        return {};
     FilesPanel panel(message);
     panel.setDirectory(existingFolder(m_folder));
     if (!confirmed(panel))
@@ -53,13 +54,16 @@ QList<QUrl> DialogChooser::chooseFiles(const QString& message) {
 }
 
 std::optional<QUrl> DialogChooser::chooseFolder(const QString& prompt, const QUrl& start) {
+    if (isPanelOpen())
+        return std::nullopt;
     QFileDialog panel;
     panel.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontResolveSymlinks |
                      QFileDialog::ShowDirsOnly);
     panel.setFileMode(QFileDialog::Directory);
     panel.setLabelText(QFileDialog::Accept, prompt);
     panel.setWindowTitle(QStringLiteral("Output folder"));
-    hideFileTypes(panel);
+    // There is but one kind of folder.
+    hideParts(panel, {"fileTypeLabel", "fileTypeCombo"});
     panel.setDirectory(existingFolder(start));
     if (!confirmed(panel) || panel.selectedUrls().isEmpty())
         return std::nullopt;

@@ -13,12 +13,13 @@
 #include <QStandardPaths>
 #include <QTreeView>
 
+#include "ui/panel_parts.h"
+
 namespace boxlift {
 
 namespace {
 
 constexpr const char* viewNames[] = {"listView", "treeView"};
-constexpr const char* unneededNames[] = {"fileTypeLabel", "fileTypeCombo", "newFolderButton"};
 constexpr QStandardPaths::StandardLocation places[] = {
     QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation, QStandardPaths::MoviesLocation,
     QStandardPaths::MusicLocation, QStandardPaths::DownloadLocation};
@@ -43,7 +44,7 @@ FilesPanel::FilesPanel(const QString& message, QWidget* parent)
     m_view = findChild<QAbstractItemView*>(QLatin1String(viewNames[0]));
     m_model = findChild<QFileSystemModel*>(QStringLiteral("qt_filesystem_model"));
     showMessage(message);
-    hideWhatIsNotNeeded();
+    hideParts(*this, {"fileTypeLabel", "fileTypeCombo", "newFolderButton"});
     arrangeColumns();
     letFoldersBeSelected();
 }
@@ -57,13 +58,6 @@ void FilesPanel::showMessage(const QString& message) {
     label->setContentsMargins(12, 12, 12, 2);
     // The one place above a layout that is already full.
     layout()->setMenuBar(label);
-}
-
-void FilesPanel::hideWhatIsNotNeeded() {
-    for (const char* name : unneededNames) {
-        if (auto* part = findChild<QWidget*>(QLatin1String(name)))
-            part->hide();
-    }
 }
 
 /// Room for the names first of all.

@@ -26,7 +26,6 @@ public:
 
 private:
     void showMessage(const QString& message);
-    void hideWhatIsNotNeeded();
     void arrangeColumns();
     void letFoldersBeSelected();
     void offerSelection();

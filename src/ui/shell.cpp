@@ -8,6 +8,7 @@
 #include <QQuickWindow>
 
 #include "ui/panel_palette.h"
+#include "ui/window_icon.h"
 #include "ui/window_module.h"
 
 namespace boxlift {
@@ -28,8 +29,13 @@ Shell::~Shell() = default;
 QQuickWindow* Shell::openWindow() {
     m_qml->setInitialProperties({{QStringLiteral("queue"), QVariant::fromValue(&m_queue)}});
     m_qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/Main.qml")));
-    if (window())
-        raiseWindow();
+    if (!window())
+        return nullptr;
+    // After the first frame, which it would hold up.
+    connect(
+        window(), &QQuickWindow::frameSwapped, window(),
+        [] { QGuiApplication::setWindowIcon(windowIcon()); }, Qt::SingleShotConnection);
+    raiseWindow();
     return window();
 }
 

@@ -60,16 +60,16 @@ class WindowTest(unittest.TestCase):
         for process in (self.process, *self.sources):
             self.desktop.end(process)
 
-    def start(self, *arguments):
-        self.process = self.desktop.run(os.path.join(PROGRAMS, "boxlift"), *arguments)
+    def start(self, *arguments, env=None):
+        self.process = self.desktop.run(os.path.join(PROGRAMS, "boxlift"), *arguments, env=env)
         self.frame = self.desktop.window_of(self.process, "Boxlift")
         self.desktop.place(self.frame, *FRAME)
         self.window = Window("boxlift")
         self.window.find("push button", "Choose…")
 
-    def start_again(self, *arguments):
+    def start_again(self, *arguments, env=None):
         self.desktop.end(self.process)
-        self.start(*arguments)
+        self.start(*arguments, env=env)
 
     def photograph(self, step):
         self.pictures += 1
@@ -174,6 +174,7 @@ class WindowTest(unittest.TestCase):
         self.add(self.long_sound, second)
         self.press("Convert All")
         self.window.find("push button", "Stop")
+        self.photograph("running")
         self.press("Remove from queue", 0)
         self.window.find("push button", "Convert All")
         self.photograph("removed")
@@ -185,6 +186,7 @@ class WindowTest(unittest.TestCase):
         self.add(self.clip)
         self.press("Convert this file")
         self.wait_for_text("Boxlifted in")
+        self.photograph("done")
         toggle = self.window.find("check box", "Remove audio")
         self.desktop.click(self.window.centre(toggle))
         wait_for("the plan", lambda: self.has("Convert this file"))
@@ -198,9 +200,14 @@ class WindowTest(unittest.TestCase):
         self.desktop.xdotool("windowactivate", "--sync", self.frame, "key", "ctrl+o")
         wait_for("the panel", lambda: self.has("Choose video or audio files to convert"))
         self.photograph("chooser")
+        self.desktop.xdotool("key", "ctrl+o")
+        time.sleep(0.5)
+        self.photograph("still one chooser")
         self.desktop.xdotool("type", self.clip)
         self.desktop.xdotool("key", "Return")
         wait_for("the card", lambda: self.has("clip.mov", "Remove from queue"))
+        self.photograph("chosen")
+        self.assertNotIn("Choose video or audio files to convert", self.window.names())
 
     def test_the_chosen_output_folder_is_remembered(self):
         chosen = os.path.join(self.home, "Out, and about")
@@ -218,9 +225,41 @@ class WindowTest(unittest.TestCase):
         self.add(self.copy_of("Élise à l'été.mov"))
         self.press("Convert All")
         self.wait_for_text("Boxlifted in")
+        self.photograph("done")
         self.press("Reveal in Finder")
         shown = wait_for("the file manager", lambda: self.asked_for("show "))
+        self.photograph("revealed")
         self.assertEqual(shown[0].rsplit("/", 1)[1], "%C3%89lise%20%C3%A0%20l'%C3%A9t%C3%A9.mp4")
+
+    def with_a_decimal_comma(self):
+        """The environment of a user whose language has one."""
+        folder = os.path.join(FOLDER, "locale")
+        os.makedirs(folder, exist_ok=True)
+        made = shutil.which("localedef") and subprocess.run(
+            ["localedef", "-i", "de_DE", "-f", "UTF-8", os.path.join(folder, "de_DE.UTF-8")],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False).returncode == 0
+        if not made:
+            self.skipTest("no locale with a decimal comma can be made; the package locales can")
+        env = {"LOCPATH": folder, "LC_ALL": "de_DE.UTF-8"}
+        point = subprocess.run(
+            [sys.executable, "-c", "import locale; locale.setlocale(locale.LC_ALL, ''); "
+             "print(locale.localeconv()['decimal_point'])"],
+            env={**os.environ, **env}, stdout=subprocess.PIPE, check=True).stdout
+        self.assertEqual(point, b",\n")
+        return env
+
+    def test_numbers_have_a_point_where_people_write_a_comma(self):
+        env = self.with_a_decimal_comma()
+        sound = self.make("short sound.wav", 3)
+        self.start_again(env=env)
+        self.add(self.clip, sound)
+        self.press("Convert All")
+        copied = self.wait_for_text("Boxlifted in")
+        encoded = self.wait_for_text("Re-encoded in")
+        self.photograph("done")
+        self.assertRegex(copied, r"^Boxlifted in \d+\.\ds, no quality loss$")
+        self.assertRegex(encoded, r"^Re-encoded in \d+\.\ds$")
+        self.assertEqual(self.outputs(), ["clip.mp4", "short sound.m4a"])
 
     def test_files_handed_over_at_the_start_are_in_the_list(self):
         self.start_again(self.clip)

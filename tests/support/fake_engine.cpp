@@ -8,32 +8,6 @@ namespace boxlift::test {
 
 namespace fs = std::filesystem;
 
-MediaInfo filmInfo() {
-    return {.hasVideo = true,
-            .hasAudio = true,
-            .videoCodec = fourCharCode("avc1"),
-            .audioCodec = fourCharCode("aac "),
-            .width = 1920,
-            .height = 1080,
-            .duration = 12.5};
-}
-
-MediaInfo songInfo() {
-    MediaInfo info;
-    info.hasAudio = true;
-    info.audioCodec = fourCharCode("aac ");
-    info.duration = 3;
-    return info;
-}
-
-MediaInfo silentInfo() {
-    MediaInfo info = filmInfo();
-    info.hasAudio = false;
-    info.audioCodec.reset();
-    info.duration = 2;
-    return info;
-}
-
 void FakeEngine::analyzes(const fs::path& url, Analysis analysis) {
     const std::scoped_lock lock(m_mutex);
     m_analyses[url] = std::move(analysis);

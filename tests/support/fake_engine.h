@@ -8,15 +8,9 @@
 #include <vector>
 
 #include "queue/engine.h"
+#include "support/media_infos.h"
 
 namespace boxlift::test {
-
-/// H.264 and AAC, 1920x1080, 12.5 s.
-MediaInfo filmInfo();
-/// AAC alone, 3 s.
-MediaInfo songInfo();
-/// H.264 without sound, 2 s.
-MediaInfo silentInfo();
 
 /// One call of `convert`, without what it shares with others.
 struct ConvertCall {

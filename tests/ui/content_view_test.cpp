@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QTest>
 
+#include "ui/support/font_size.h"
 #include "ui/support/stage.h"
 #include "ui/support/url_catcher.h"
 #include "ui/support/window_host.h"
@@ -53,9 +54,9 @@ TEST_F(ContentView, ShowsTheListFromTheFirstFileToTheLast) {
 
 TEST_F(ContentView, OpensThePanelFromBothButtons) {
     host.click(host.shown("emptyAddFiles"));
-    EXPECT_EQ(stage.filePanels, 1);
+    EXPECT_EQ(stage.chooser.messages.size(), 1);
     host.click(host.shown("addFiles"));
-    EXPECT_EQ(stage.filePanels, 2);
+    EXPECT_EQ(stage.chooser.messages.size(), 2);
     EXPECT_EQ(text("addFiles"), "Add Files…");
 }
 
@@ -108,10 +109,10 @@ TEST_F(ContentView, AppliesTheSettingsToAllFilesUnlessOneConverts) {
 TEST_F(ContentView, ShowsTheOutputFolderAndChoosesAnother) {
     stage.queue().setOutputDir("/media/100% Å");
     EXPECT_EQ(text("outputPath"), "/media/100% Å");
-    stage.chosenFolder = QUrl::fromLocalFile(QDir::homePath() + QStringLiteral("/Out"));
+    stage.chooser.folder = QUrl::fromLocalFile(QDir::homePath() + QStringLiteral("/Out"));
     EXPECT_EQ(text("chooseFolder"), "Choose…");
     host.click(host.shown("chooseFolder"));
-    EXPECT_EQ(stage.folderPanels, 1);
+    EXPECT_EQ(stage.chooser.prompts.size(), 1);
     EXPECT_EQ(text("outputPath"), "~/Out");
 }
 
@@ -135,6 +136,23 @@ TEST_F(ContentView, RevealsTheOutputFolderInItsParent) {
     host.click(host.shown("openFolder"));
     ASSERT_EQ(opened.caught.size(), 1);
     EXPECT_EQ(opened.caught.front(), QUrl(QStringLiteral("file:///media")));
+}
+
+TEST_F(ContentView, HasRoomForLargerText) {
+    stage.addReady("film.mov");
+    stage.queue().setOutputDir("/media/" + std::string(200, 'x') + "/last");
+    const FontSize large(24);
+    const double scale = 1.6;
+    host.root().setSize({780 * scale, 520 * scale});
+    QTest::qWait(50);
+    EXPECT_EQ(host.shown("defaultTarget")->width(), 190 * scale);
+    EXPECT_EQ(host.shown("target")->width(), 100 * scale);
+    EXPECT_LE(left("run") + host.shown("run")->width(), (780 - 16) * scale + 1);
+    EXPECT_LE(left("applyToAll") + host.shown("applyToAll")->width(), (780 - 16) * scale + 1);
+    for (const char* button : {"chooseFolder", "openFolder", "addFiles", "clearFinished", "run"}) {
+        const QQuickItem* control = host.shown(button);
+        EXPECT_GE(control->width(), control->implicitWidth()) << button;
+    }
 }
 
 TEST_F(ContentView, ClearsWhatIsFinished) {
@@ -221,7 +239,7 @@ TEST_F(ContentView, LetsTheMouseThroughItsHighlight) {
     QCoreApplication::sendEvent(&host.window(), &enter);
     ASSERT_TRUE(shows("dragHighlight"));
     host.click(host.shown("addFiles"));
-    EXPECT_EQ(stage.filePanels, 1);
+    EXPECT_EQ(stage.chooser.messages.size(), 1);
 }
 
 } // namespace

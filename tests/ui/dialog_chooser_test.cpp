@@ -64,6 +64,27 @@ TEST_F(DialogChooserTest, AsksForFilesWithItsMessageAndColours) {
     EXPECT_EQ(color, QColor(Qt::darkGreen));
 }
 
+/// The keys that open a panel work while one is open.
+TEST_F(DialogChooserTest, OpensNoPanelOnTopOfAnother) {
+    QWidget* open = nullptr;
+    const auto rejectAnother = [&open] {
+        auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        EXPECT_EQ(panel, open) << "another panel is on top";
+        if (panel != open)
+            panel->reject();
+    };
+    whenOpen([&](QFileDialog& panel) {
+        open = &panel;
+        QTimer::singleShot(0, &panel, rejectAnother);
+        EXPECT_THAT(chooser.chooseFiles(QString()), IsEmpty());
+        QTimer::singleShot(0, &panel, rejectAnother);
+        EXPECT_EQ(chooser.chooseFolder(QString(), QUrl()), std::nullopt);
+        QTest::qWait(20);
+    });
+    chooser.chooseFiles(QString());
+    EXPECT_NE(open, nullptr);
+}
+
 TEST_F(DialogChooserTest, GivesTheFilesThatWereChosen) {
     writeFile(folder.path() / "a.mov");
     whenOpen([&](QFileDialog& panel) {

@@ -5,6 +5,7 @@
 #include <QPalette>
 #include <QTest>
 
+#include "ui/support/font_size.h"
 #include "ui/support/pixels.h"
 #include "ui/support/stage.h"
 #include "ui/support/window_host.h"
@@ -89,6 +90,15 @@ TEST_P(Pictures, OfTheSmallestWindow) {
     host->click(host->shown(QStringLiteral("size")));
     keep(QStringLiteral("small"));
     EXPECT_LE(host->shown(QStringLiteral("run"))->mapToScene(QPointF(96, 0)).x(), 780 - 16);
+}
+
+TEST_P(Pictures, OfLargerText) {
+    const FontSize large(24);
+    show({780 * 8 / 5, 520 * 8 / 5});
+    fill();
+    const QImage picture = keep(QStringLiteral("larger"));
+    EXPECT_EQ(host->shown(QStringLiteral("defaultTarget"))->width(), 190 * 8 / 5);
+    EXPECT_GT(picture.width(), 1200);
 }
 
 INSTANTIATE_TEST_SUITE_P(LightAndDark, Pictures, testing::Bool());

@@ -14,6 +14,7 @@
 #include "support/temp_folder.h"
 #include "ui/files_panel.h"
 #include "ui/support/find_item.h"
+#include "ui/support/font_size.h"
 
 namespace boxlift::test {
 namespace {
@@ -116,6 +117,19 @@ TEST_F(ShellTest, TakesFilesThatTheDesktopHandsOver) {
     QCoreApplication::sendEvent(qApp, &event);
     ASSERT_EQ(shell.queue().jobs().size(), 1U);
     EXPECT_EQ(shell.queue().jobs().front()->path(), path);
+}
+
+TEST_F(ShellTest, GrowsItsSmallestSizeWithTheSystemsText) {
+    const int bars = window->minimumHeight() - 520;
+    EXPECT_EQ(window->minimumWidth(), 780);
+    const FontSize large(30);
+    EXPECT_EQ(window->minimumWidth(), 2 * 780);
+    EXPECT_EQ(window->minimumHeight(), 2 * (520 + bars));
+}
+
+TEST_F(ShellTest, ShowsItsIconInTheTitleBar) {
+    EXPECT_TRUE(QTest::qWaitFor(
+        [] { return QGuiApplication::windowIcon().availableSizes().contains(QSize(16, 16)); }));
 }
 
 } // namespace

@@ -36,6 +36,16 @@ TEST_P(ThemeIn, HasReadableTextOnEverySurface) {
     }
 }
 
+TEST_P(ThemeIn, HasReadableTextOnTheFacesOfItsControls) {
+    for (const char* face : {"control", "controlHover", "controlDown"})
+        EXPECT_GE(contrast(color("primary"), color(face)), readable) << face;
+}
+
+TEST_P(ThemeIn, HasReadableSelectedChoicesInItsPopups) {
+    EXPECT_GE(contrast(color("accentText"), color("accentFill")), readable);
+    EXPECT_GE(contrast(color("secondary"), color("popup")), readable);
+}
+
 TEST_P(ThemeIn, HasReadableColouredTextOnTheCard) {
     for (const char* name : {"green", "orange", "red"})
         EXPECT_GE(contrast(color(name), color("card")), readable) << name;

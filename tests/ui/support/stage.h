@@ -3,15 +3,16 @@
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 
 #include "model/media_info.h"
-#include "queue/file_chooser.h"
-#include "queue/preferences.h"
 #include "queue/queue.h"
+#include "support/fake_chooser.h"
+#include "support/fake_engine.h"
+#include "support/fake_preferences.h"
+#include "support/gate.h"
 #include "support/temp_folder.h"
 
 namespace boxlift::test {
@@ -31,7 +32,7 @@ public:
     /// Whoever waits goes on and ends.
     ~Stage();
 
-    Queue& queue() { return *m_queue; }
+    Queue& queue() { return m_queue; }
     std::filesystem::path path(const std::string& name) const { return m_folder.path() / name; }
     std::filesystem::path outputDir() const { return m_folder.path() / "out"; }
 
@@ -49,31 +50,26 @@ public:
     void finish(Mode mode);
     void fail(const std::string& message);
 
-    /// The user's answers to the panels, and how often these were opened.
-    QList<QUrl> chosenFiles;
-    std::optional<QUrl> chosenFolder;
-    int filePanels = 0;
-    int folderPanels = 0;
+    /// Where analyses can be told what else to find.
+    FakeEngine engine;
+    /// The user who answers the panels.
+    FakeChooser chooser;
 
 private:
-    class Chooser;
-    class Memory;
     using Outcome = std::function<Mode()>;
 
-    MediaInfo analyze(const std::filesystem::path& path, const std::stop_token& stop);
     Mode wait(const Converter::Progress& progress, const std::stop_token& stop);
     void conclude(Outcome outcome);
-    Job* add(const std::string& name, std::optional<std::function<MediaInfo()>> analysis);
+    Job* add(const std::string& name, FakeEngine::Analysis analysis);
 
     TempFolder m_folder;
-    std::unique_ptr<FileChooser> m_chooser;
-    std::unique_ptr<Preferences> m_preferences;
+    FakePreferences m_preferences;
+    Gate m_never;
     std::mutex m_mutex;
     std::condition_variable_any m_changed;
-    std::map<std::string, std::function<MediaInfo()>> m_analyses;
     std::optional<double> m_report;
     Outcome m_outcome;
-    std::unique_ptr<Queue> m_queue;
+    Queue m_queue;
 };
 
 } // namespace boxlift::test
