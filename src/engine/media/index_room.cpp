@@ -65,7 +65,8 @@ std::int64_t labels(const AVDictionary* dictionary) {
 }
 
 std::int64_t description(const AVStream& stream) {
-    return boxesOfTrack + 2 * stream.codecpar->extradata_size + labels(stream.metadata);
+    return boxesOfTrack + std::int64_t{2} * stream.codecpar->extradata_size +
+           labels(stream.metadata);
 }
 
 std::int64_t chapterTrack(const AVFormatContext& movie) {
