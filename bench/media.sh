@@ -28,11 +28,11 @@ makeFilm() {
         -c:a aac -b:a 256k
 }
 
-# One of 1 GiB: the film over and over.
+# makeLargeFilm MEBIBYTES: the film over and over.
 makeLargeFilm() {
     makeFilm
-    makeOnce "$work/large.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy \
-        -fs 1073741824
+    makeOnce "$work/large-$1.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy \
+        -fs $(($1 << 20))
 }
 
 # smallFiles NAME COUNT: a folder with that many files, in turn MP4, MOV, M4A, WAV and FLAC.

@@ -24,10 +24,10 @@ rowAnalysis() {
 }
 
 # Copying.
-copyOurs() { convert --target mp4 "$work/large.mov"; }
+copyOurs() { convert --target mp4 "$work/large-1024.mov"; }
 copyPeer() {
     rm -f "$work"/out/*
-    cp --reflink=never "$work/large.mov" "$work/out/copy.mov"
+    cp --reflink=never "$work/large-1024.mov" "$work/out/copy.mov"
     sync "$work/out/copy.mov"
 }
 
@@ -36,7 +36,7 @@ tellCalls() {
     command -v strace >/dev/null || return 0
     local output calls
     strace -f -qq -o "$work/calls" "$drive" convert --target mp4 --output-dir "$work/out" \
-        "$work/large.mov" >>"$log"
+        "$work/large-1024.mov" >>"$log"
     output=$(stat -c %s "$work"/out/*.mp4)
     calls=$(grep -cE '^[0-9]+ +[a-z0-9_]+\(' "$work/calls")
     awk '/p?write(64|v)?\(|<\.\.\. p?write/ && / = [0-9]+$/ {sum += $NF} END {printf "%.0f\n", sum}' \
@@ -47,14 +47,14 @@ tellCalls() {
 }
 
 rowCopy() {
-    makeLargeFilm
+    makeLargeFilm 1024
     inTurns copyOurs copyPeer
     tellTimes "boxlift of 1 GiB MOV to MP4, cp and sync" "at least 0.91"
     rm -f "$work"/out/*
     tellCalls
     rm -f "$work"/out/*
     tell "  resident memory, MiB" "$(peakMemory "$drive" convert --target mp4 --output-dir \
-        "$work/out" "$work/large.mov")" - - "under 96"
+        "$work/out" "$work/large-1024.mov")" - - "under 96"
     rm -f "$work"/out/*
 }
 
@@ -98,12 +98,16 @@ reencodeHandBrake() {
         --maxHeight "$height" --maxWidth 1920 -E av_aac -B 256
 }
 
+# coresBusy WALL CPU: the median share of all cores that the columns of $pairs tell of.
+coresBusy() {
+    awk -v w="$1" -v c="$2" -v n="$(nproc)" '{printf "%.2f\n", $c / $w / n}' "$pairs" |
+        sort -g | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'
+}
+
 tellReencode() {
     inTurns reencodeOurs reencodePeer
     tellTimes "re-encode 1080p to ${height}p, ffmpeg" "at least 1.1"
-    tell "  cores busy" "$(awk '{printf "%.2f", $2 / $1}' "$pairs" | head -c 4)" \
-        "$(awk '{printf "%.2f", $4 / $3}' "$pairs" | head -c 4)" "" \
-        "$(awk -v c="$(nproc)" 'BEGIN {print 0.95 * c}')"
+    tell "  share of all cores" "$(coresBusy 1 2)" "$(coresBusy 3 4)" "" "above 0.95"
     inTurns reencodeOurs reencodeHandBrake
     tellTimes "re-encode 1080p to ${height}p, HandBrakeCLI" "at least 1.1"
 }
@@ -112,6 +116,36 @@ rowReencode() {
     makeFilm
     size=p720 height=720 rate=10000k buffer=20000k tellReencode
     size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
+}
+
+# What ten and a hundred times the work costs. Processor seconds hardly depend on other work.
+
+# tellGrowth WHAT UNITS COMMAND...: a line for so many units of work; what one of them costs.
+tellGrowth() {
+    local -a times
+    rm -f "$work"/out/*
+    read -ra times <<<"$(timed "${@:3}")"
+    rm -f "$work"/out/*
+    tell "$1" "${times[0]} s" "${times[1]} s" "" \
+        "$(awk -v n="$2" '{printf "%.3g ms and %.3g ms each", 1000 * $1 / n, 1000 * $2 / n}' \
+            <<<"${times[*]}")"
+}
+
+rowGrowth() {
+    local n
+    tell "growth" "wall" "processors" "" "for one file, mebibyte, minute"
+    for n in 100 1000 10000 100000; do
+        makeSmallFiles "files-$n" "$n"
+        tellGrowth "analysis of $n files" "$n" "$drive" analyze "$work/files-$n"
+    done
+    for n in 10 100 1024; do
+        makeLargeFilm "$n"
+        tellGrowth "boxlift of $n MiB" "$n" convert --target mp4 "$work/large-$n.mov"
+    done
+    for n in 1 10 100; do
+        makeMusic "$n"
+        tellGrowth "AAC of $n min" "$n" convert --target aac "$work/music-$n.flac"
+    done
 }
 
 # The list: a table of its own.

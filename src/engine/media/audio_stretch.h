@@ -20,14 +20,13 @@ namespace boxlift::media {
 // cancel each other's aliasing as they do within one encoding.
 //
 // What lasts longest is the least demand for bits that the encoder's model has seen, which it
-// forgets over some 500 frames. 200 frames of lead cost 0.15 dB of the signal-to-noise ratio of
-// music in stretches of 35 seconds, 300 frames 0.03 dB, 400 in stretches of a minute 0.01 dB.
+// forgets over some 500 frames. docs/performance.md has what shorter and longer leads cost.
 
 /// One stretch of a longer run of audio, encoded by itself. Memory is bounded by who feeds it.
 class AudioStretch {
 public:
     static constexpr std::int64_t frameLength = 1024;
-    static constexpr std::int64_t lead = 400 * frameLength;
+    static constexpr std::int64_t lead = 700 * frameLength;
     /// Within which the seam with the next stretch is looked for.
     static constexpr std::int64_t overlap = 32 * frameLength;
 

@@ -33,7 +33,27 @@ constexpr std::array rows{
     Row{"dv", Header::partial},
 };
 
+/// What a file of one kind, and of no other, begins with.
+struct SignatureRow {
+    std::size_t offset;
+    std::string_view bytes;
+    const char* demuxer;
+};
+
+constexpr std::array signatures{
+    SignatureRow{4, "ftyp", "mov"},
+    SignatureRow{0, "fLaC", "flac"},
+    SignatureRow{0, "caff", "caf"},
+};
+
 } // namespace
+
+const char* demuxerOf(std::string_view start) {
+    for (const SignatureRow& row : signatures)
+        if (start.size() > row.offset && start.substr(row.offset).starts_with(row.bytes))
+            return row.demuxer;
+    return nullptr;
+}
 
 const std::string& allowedDemuxers() {
     static const std::string names = [] {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "engine/media/index_boxes.h"
 #include "engine/media/metadata_boxes.h"
 
 namespace boxlift::media {
@@ -13,33 +14,16 @@ using box_bytes::Bytes;
 using box_bytes::headerSize;
 using box_bytes::numberIn;
 using box_bytes::store;
-using Contents = std::span<std::uint8_t>;
+using index_boxes::Contents;
+using index_boxes::endOf;
+using index_boxes::enter;
+using index_boxes::find;
+using index_boxes::forEachBox;
+using index_boxes::grow;
+using index_boxes::Nest;
 
 /// What QuickTime files say of a track in a language that Macintosh computers had no number for.
 constexpr std::uint64_t noLanguage = 0x7fff;
-
-/// Calls `visit(type, contents)` for each box in a row of boxes.
-template <typename Visit>
-void forEachBox(Contents row, Visit visit) {
-    while (row.size() >= headerSize) {
-        const auto size = static_cast<std::size_t>(numberIn(row, 4));
-        if (size < headerSize || size > row.size())
-            return;
-        visit(static_cast<FourCharCode>(numberIn(row.subspan(4), 4)),
-              row.subspan(headerSize, size - headerSize));
-        row = row.subspan(size);
-    }
-}
-
-/// The contents of the first box of this type; empty when there is none.
-Contents find(Contents row, FourCharCode wanted) {
-    Contents found;
-    forEachBox(row, [&](FourCharCode type, Contents contents) {
-        if (type == wanted && found.empty())
-            found = contents;
-    });
-    return found;
-}
 
 bool isLong(Contents box) {
     return !box.empty() && box[0] == 1;
@@ -167,28 +151,6 @@ private:
     bool m_isCut = false;
 };
 
-/// The places of boxes that lie in one another, outermost first.
-using Nest = std::vector<std::size_t>;
-
-std::size_t endOf(const Bytes& index, std::size_t box) {
-    return box + static_cast<std::size_t>(numberIn(std::span(index).subspan(box), 4));
-}
-
-/// Goes on to the first box of this type that begins at or after `from` within the innermost box.
-bool enter(Bytes& index, Nest& nest, std::size_t from, std::optional<FourCharCode> wanted) {
-    std::size_t found = 0;
-    const std::size_t end = endOf(index, nest.back());
-    if (from >= end)
-        return false;
-    forEachBox(Contents(index).subspan(from, end - from), [&](FourCharCode type, Contents box) {
-        if (found == 0 && (!wanted || type == *wanted))
-            found = static_cast<std::size_t>(box.data() - index.data()) - headerSize;
-    });
-    if (found > 0)
-        nest.push_back(found);
-    return found > 0;
-}
-
 bool isTrack(Bytes& index, std::size_t track, std::uint32_t id) {
     const std::size_t size = endOf(index, track) - track - headerSize;
     const Contents number =
@@ -221,14 +183,6 @@ bool hasBox(Bytes& index, std::size_t entry, FourCharCode type) {
     const std::size_t size = endOf(index, entry) - entry;
     return size > firstBox &&
            !find(Contents(index).subspan(entry + firstBox, size - firstBox), type).empty();
-}
-
-/// Puts bytes at the end of the innermost box.
-void grow(Bytes& index, const Nest& nest, const Bytes& added) {
-    const auto end = static_cast<std::ptrdiff_t>(endOf(index, nest.back()));
-    for (const std::size_t box : nest)
-        store(Contents(index).subspan(box, 4), endOf(index, box) - box + added.size());
-    index.insert(index.begin() + end, added.begin(), added.end());
 }
 
 void extend(Bytes& index, const Nest& nest, const Bytes& added) {

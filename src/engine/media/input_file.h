@@ -29,6 +29,8 @@ public:
     /// Number of bytes read, less than asked for only at the end of the file; -errno on failure.
     /// A file that has become shorter than size() gives -EIO.
     std::int64_t readAt(std::int64_t offset, std::span<std::byte> into) const noexcept;
+    /// Tells the system that all of it will be read, in order.
+    void expectSequentialReading() const noexcept;
 
 private:
     InputFile(int descriptor, const std::filesystem::path& path)

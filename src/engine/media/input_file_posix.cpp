@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "engine/media/error.h"
+#include "engine/media/platform_files.h"
 
 namespace boxlift::media {
 
@@ -41,6 +42,10 @@ std::shared_ptr<const InputFile> InputFile::adopt(int descriptor,
 
 InputFile::~InputFile() {
     ::close(m_descriptor);
+}
+
+void InputFile::expectSequentialReading() const noexcept {
+    platform::expectSequentialReading(m_descriptor);
 }
 
 std::int64_t InputFile::readAt(std::int64_t offset, std::span<std::byte> into) const noexcept {

@@ -19,26 +19,54 @@ constexpr int maximumBoxes = 100'000;
 constexpr std::uint32_t maximumEdits = 10'000;
 constexpr std::uint32_t maximumEntries = 256;
 
+/// A piece of the file in memory, the one that was asked for last.
+class Window {
+public:
+    explicit Window(const InputFile& file) : m_file(file) {}
+
+    std::int64_t fileSize() const { return m_file.size(); }
+
+    /// Zero where the file has ended or cannot be read.
+    std::uint8_t byteAt(std::int64_t position) {
+        if (position < m_start || position >= m_start + m_count)
+            fill(position);
+        const std::int64_t index = position - m_start;
+        return index < m_count ? m_bytes[static_cast<std::size_t>(index)] : 0;
+    }
+
+private:
+    /// The index of a short clip; in a long one's, the boxes between two tables of samples.
+    static constexpr std::size_t capacity = 4096;
+
+    void fill(std::int64_t position) {
+        m_start = position;
+        m_count = m_file.readAt(position, std::as_writable_bytes(std::span(m_bytes)));
+    }
+
+    const InputFile& m_file;
+    std::array<std::uint8_t, capacity> m_bytes{};
+    std::int64_t m_start = 0;
+    std::int64_t m_count = 0;
+};
+
 /// A part of the file, read field by field; reading past the end gives zeros.
 class Span {
 public:
-    Span(const InputFile& file, std::int64_t begin, std::int64_t end)
-        : m_file(&file), m_position(begin), m_end(std::min(end, file.size())) {}
+    Span(Window& window, std::int64_t begin, std::int64_t end)
+        : m_window(&window), m_position(begin), m_end(std::min(end, window.fileSize())) {}
 
     std::int64_t position() const { return m_position; }
     std::int64_t end() const { return m_end; }
     std::int64_t left() const { return m_end - m_position; }
     void skip(std::int64_t bytes) { m_position += bytes; }
     Span part(std::int64_t begin, std::int64_t end) const {
-        return {*m_file, begin, std::min(end, m_end)};
+        return {*m_window, begin, std::min(end, m_end)};
     }
 
     std::uint64_t number(int bytes) {
-        fill(bytes);
         std::uint64_t value = 0;
-        for (int i = 0; i < bytes; ++i)
-            value = value << 8 | byteAt(m_position + i);
-        m_position += bytes;
+        for (const std::int64_t last = m_position + bytes; m_position < last; ++m_position)
+            value = value << 8 | (m_position < m_end ? m_window->byteAt(m_position) : 0U);
         return value;
     }
     std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }
@@ -46,27 +74,9 @@ public:
     std::int64_t i64() { return static_cast<std::int64_t>(number(8)); }
 
 private:
-    static constexpr std::int64_t bufferSize = 256;
-
-    void fill(std::int64_t bytes) {
-        if (m_position >= m_bufferStart && m_position + bytes <= m_bufferStart + m_buffered)
-            return;
-        m_bufferStart = m_position;
-        const std::int64_t wanted = std::clamp<std::int64_t>(m_end - m_position, 0, bufferSize);
-        m_buffered = m_file->readAt(m_position, std::as_writable_bytes(std::span(m_buffer).first(
-                                                    static_cast<std::size_t>(wanted))));
-    }
-    std::uint64_t byteAt(std::int64_t position) const {
-        const std::int64_t index = position - m_bufferStart;
-        return index < m_buffered ? m_buffer[static_cast<std::size_t>(index)] : 0;
-    }
-
-    const InputFile* m_file;
+    Window* m_window;
     std::int64_t m_position;
     std::int64_t m_end;
-    std::array<std::uint8_t, bufferSize> m_buffer{};
-    std::int64_t m_bufferStart = 0;
-    std::int64_t m_buffered = 0;
 };
 
 /// Calls `visit(type, contents)` for each box in `parent` until it returns false.
@@ -239,7 +249,8 @@ MovieLayout readMovie(Span movie) {
 
 std::optional<MovieLayout> MovieLayout::read(const InputFile& file, std::stop_token stop) {
     std::optional<MovieLayout> layout;
-    forEachBox(Span(file, 0, file.size()), [&](FourCharCode type, Span box) {
+    Window window(file);
+    forEachBox(Span(window, 0, file.size()), [&](FourCharCode type, Span box) {
         if (stop.stop_requested())
             throw Cancelled();
         if (type == fourCharCode("moov"))

@@ -1,5 +1,6 @@
 #include "engine/media/muxer.h"
 
+#include <algorithm>
 #include <array>
 #include <new>
 #include <span>
@@ -9,13 +10,17 @@
 #include "engine/media/dolby_vision.h"
 #include "engine/media/extra_metadata.h"
 #include "engine/media/file_metadata.h"
-#include "engine/media/index_rewriter.h"
+#include "engine/media/index_room.h"
 #include "engine/media/stream_copy.h"
 #include "model/cancelled.h"
 
 namespace boxlift::media {
 
 namespace {
+
+/// Moving the media of a file of this size costs next to nothing; waste in it would show.
+constexpr std::int64_t smallFile = 8 << 20;
+constexpr std::int64_t pageSize = 4096;
 
 struct FormatRow {
     FileType type;
@@ -59,10 +64,9 @@ int movieTimescale(const AVFormatContext& context) {
     return 90000;
 }
 
-void setHeaderOptions(av::Options& options, FileType type, IndexPlace index, int timescale) {
+void setHeaderOptions(av::Options& options, FileType type, int timescale) {
     // Nero's chapter list beside QuickTime's chapter track upsets tag editors.
-    options.set("movflags",
-                index == IndexPlace::front ? "+faststart+disable_chpl" : "+disable_chpl");
+    options.set("movflags", "+disable_chpl");
     // From a stream's "timecode" the muxer makes a track; only QuickTime has a use for it.
     options.set("write_tmcd", type == FileType::AVFileTypeQuickTimeMovie ? "auto" : "0");
     options.set("movie_timescale", timescale);
@@ -85,31 +89,9 @@ Muxer::Muxer(const std::filesystem::path& output, FileType type, IndexPlace inde
     m_context->pb = m_io.context();
     m_context->flags |= AVFMT_FLAG_CUSTOM_IO;
     m_context->flush_packets = 0;
-    m_context->opaque = this;
-    m_context->io_open = &Muxer::openIo;
-    m_context->io_close2 = &Muxer::closeIo;
-    // The pass that moves the index opens "the output" for reading: the name leads to openIo().
-    m_context->url = av_strdup("output");
 }
 
 Muxer::~Muxer() = default;
-
-int Muxer::openIo(AVFormatContext* context, AVIOContext** io, const char*, int flags,
-                  AVDictionary**) noexcept {
-    if (flags & AVIO_FLAG_WRITE)
-        return AVERROR(EPERM);
-    try {
-        *io = static_cast<Muxer*>(context->opaque)->m_io.openReader();
-        return 0;
-    } catch (const std::bad_alloc&) {
-        return AVERROR(ENOMEM);
-    }
-}
-
-int Muxer::closeIo(AVFormatContext*, AVIOContext* io) noexcept {
-    av::OutputIo::closeReader(io);
-    return 0;
-}
 
 void Muxer::fail(int code, std::string_view what) {
     throwIfStopped(m_stop);
@@ -146,9 +128,9 @@ void Muxer::addPictures(const AVFormatContext& source) {
 
 void Muxer::writeHeader() {
     collectTrackChanges();
-    reserveRoom();
+    leaveRoom();
     av::Options options;
-    setHeaderOptions(options, m_type, m_index, movieTimescale(*m_context));
+    setHeaderOptions(options, m_type, movieTimescale(*m_context));
     const int result = avformat_write_header(m_context.get(), options.address());
     if (result < 0)
         fail(result, "write header");
@@ -176,13 +158,30 @@ void Muxer::collectTrackChanges() {
     }
 }
 
-void Muxer::reserveRoom() {
-    if (m_index == IndexPlace::end || m_changes.largestGrowth() == 0)
+void Muxer::leaveRoom() {
+    if (m_index == IndexPlace::end || m_expected.empty())
         return;
-    const box_bytes::Bytes room = box_bytes::box(
-        fourCharCode("free"), box_bytes::Bytes(m_changes.largestGrowth() - box_bytes::headerSize));
-    m_reserved = static_cast<std::int64_t>(room.size());
-    avio_write(m_io.context(), room.data(), static_cast<int>(room.size()));
+    std::vector<ExpectedSamples> tracks;
+    std::int64_t bytes = 0;
+    for (const auto& [stream, samples] : m_expected) {
+        tracks.push_back(samples);
+        bytes += samples.bytes;
+    }
+    if (bytes < smallFile)
+        return;
+    std::int64_t size = largestIndex(*m_context, tracks);
+    for (const av::PacketPtr& picture : m_pictures)
+        size += picture->size;
+    size += static_cast<std::int64_t>(m_changes.largestGrowth());
+    m_room = (size / pageSize + 1) * pageSize;
+    avio_seek(m_io.context(), m_room, SEEK_SET);
+}
+
+bool Muxer::isRoomCertain() const {
+    return m_index == IndexPlace::end ||
+           (m_room > 0 && std::ranges::all_of(m_expected, [](const auto& expected) {
+                return expected.second.isCertain;
+            }));
 }
 
 void Muxer::writePictures() {
@@ -198,19 +197,27 @@ void Muxer::write(AVPacket& packet) {
         fail(std::min(result, 0), "write media");
 }
 
-void Muxer::finish() {
-    const double total = static_cast<double>(std::max<std::int64_t>(1, avio_tell(m_io.context())));
-    m_io.setReadListener([this, total](std::int64_t position) {
-        m_finishedFraction.store(std::min(1.0, static_cast<double>(position) / total));
-    });
-    int result = av_write_trailer(m_context.get());
+void Muxer::writeTrailer() {
+    int result = av_interleaved_write_frame(m_context.get(), nullptr);
+    avio_flush(m_io.context());
+    m_io.keepTail();
+    if (result >= 0)
+        result = av_write_trailer(m_context.get());
     avio_flush(m_io.context());
     if (result >= 0)
         result = m_io.context()->error;
     if (result < 0 || m_io.writeError())
         fail(result, "write index");
-    if (!m_changes.empty())
-        rewriteIndex(*m_file, avio_size(m_io.context()), m_reserved, m_changes);
+}
+
+void Muxer::finish() {
+    writeTrailer();
+    const std::int64_t end = m_io.tailBegin();
+    placeIndex(*m_file, {m_room, end, m_io.takeTail()}, m_changes, m_index,
+               [this](double fraction) {
+                   throwIfStopped(m_stop);
+                   m_finishedFraction.store(fraction);
+               });
     m_file->sync();
     throwIfStopped(m_stop);
     m_file->publish();

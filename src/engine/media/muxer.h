@@ -10,14 +10,14 @@
 
 #include "engine/media/av/handles.h"
 #include "engine/media/av/io.h"
+#include "engine/media/expected_samples.h"
 #include "engine/media/index_changes.h"
+#include "engine/media/index_placer.h"
 #include "engine/media/output_file.h"
 #include "engine/media/time.h"
 #include "model/file_type.h"
 
 namespace boxlift::media {
-
-enum class IndexPlace { end, front };
 
 /// Writes one MPEG-4 family file: add streams, write the header, write packets, finish. Nothing
 /// stands under the output's name before finish() has succeeded; destroyed before that, nothing is
@@ -39,6 +39,9 @@ public:
     void setShownEnd(int stream, Time end) { m_shownEnds[stream] = end; }
     /// Names a stream's samples by a code that the library does not write by itself.
     void setEntryName(int stream, FourCharCode name) { m_entryNames[stream] = name; }
+    /// What is known of a stream's samples. Where it is of all streams, and the file is large, room
+    /// is left for an index in front, so that the media need not be moved to make it.
+    void expect(int stream, const ExpectedSamples& samples) { m_expected[stream] = samples; }
     /// Carries over what belongs to the file as a whole: titles, dates, places and chapters, and
     /// the cover art where the type can hold it. `start` is the time in the source that becomes
     /// zero.
@@ -50,9 +53,13 @@ public:
     /// base (as the header has left it), interleaving by decoding time. Takes over the packet's
     /// reference.
     void write(AVPacket& packet);
-    /// Writes the index, moves it to the front where asked, brings all to the disk and gives the
-    /// file its name. The last act.
+    /// Writes the index, moves the media out of its way where it must, brings all to the disk and
+    /// gives the file its name. The last act.
     void finish();
+    /// Whether the room that has been left for the index is certain to do.
+    bool isRoomCertain() const;
+    /// Bytes that have been written to the file so far, counting what was written twice as two.
+    std::int64_t bytesWritten() const { return m_file->bytesWritten(); }
 
     AVStream& stream(int index) { return *m_context->streams[index]; }
     FileType type() const { return m_type; }
@@ -60,14 +67,12 @@ public:
     double finishedFraction() const { return m_finishedFraction.load(); }
 
 private:
-    static int openIo(AVFormatContext* context, AVIOContext** io, const char* url, int flags,
-                      AVDictionary** options) noexcept;
-    static int closeIo(AVFormatContext* context, AVIOContext* io) noexcept;
     void fail(int code, std::string_view what);
     void addPictures(const AVFormatContext& source);
     void writePictures();
     void collectTrackChanges();
-    void reserveRoom();
+    void leaveRoom();
+    void writeTrailer();
 
     FileType m_type;
     IndexPlace m_index;
@@ -79,9 +84,10 @@ private:
     std::vector<av::PacketPtr> m_pictures;
     std::map<int, Time> m_shownEnds;
     std::map<int, FourCharCode> m_entryNames;
+    std::map<int, ExpectedSamples> m_expected;
     IndexChanges m_changes;
-    /// Bytes at the beginning of the file that wait for what the index will grow by.
-    std::int64_t m_reserved = 0;
+    /// Bytes at the beginning of the file that wait for the index.
+    std::int64_t m_room = 0;
     std::atomic<double> m_finishedFraction = 0;
 };
 

@@ -23,10 +23,13 @@ public:
 
     /// The name that publish() will give.
     const std::filesystem::path& path() const { return m_path; }
-    /// Writes all of it; 0 or errno.
+    /// Writes all of it; 0 or errno. What is written in order begins its way to the disk at once.
     int writeAt(std::int64_t offset, std::span<const std::byte> data) noexcept;
     /// Number of bytes read, or -errno.
     std::int64_t readAt(std::int64_t offset, std::span<std::byte> into) const noexcept;
+
+    /// What has been written in all, counting what was written twice as two.
+    std::int64_t bytesWritten() const { return m_bytesWritten; }
 
     /// Brings the data to the disk. Throws media::Error.
     void sync();
@@ -38,10 +41,13 @@ public:
 private:
     explicit OutputFile(const std::filesystem::path& path) : m_path(path) {}
     void openHidden(const std::filesystem::path& folder);
+    void hurry(std::int64_t end) noexcept;
 
     std::filesystem::path m_path;
     std::filesystem::path m_hiddenName; ///< Empty for an unnamed file.
     int m_descriptor = -1;
+    std::int64_t m_bytesWritten = 0;
+    std::int64_t m_hurried = 0; ///< Up to here the disk has been told.
 };
 
 /// The error that a failed write to `path` means for people.

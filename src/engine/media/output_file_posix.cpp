@@ -21,6 +21,9 @@ namespace {
 constexpr std::string_view hiddenPrefix = ".boxlift-";
 constexpr std::string_view hiddenSuffix = ".part";
 
+/// The disk is kept busy while more is made, so that the sync at the end is short.
+constexpr std::int64_t writeBackSize = 8 << 20;
+
 std::filesystem::path folderOf(const std::filesystem::path& path) {
     const auto folder = path.parent_path();
     return folder.empty() ? std::filesystem::path(".") : folder;
@@ -135,9 +138,18 @@ int OutputFile::writeAt(std::int64_t offset, std::span<const std::byte> data) no
         if (count <= 0)
             return count < 0 ? errno : EIO;
         offset += count;
+        m_bytesWritten += count;
         data = data.subspan(static_cast<std::size_t>(count));
     }
+    hurry(offset);
     return 0;
+}
+
+void OutputFile::hurry(std::int64_t end) noexcept {
+    if (end - m_hurried < writeBackSize)
+        return;
+    platform::startWriteBack(m_descriptor, m_hurried, end - m_hurried);
+    m_hurried = end;
 }
 
 std::int64_t OutputFile::readAt(std::int64_t offset, std::span<std::byte> into) const noexcept {

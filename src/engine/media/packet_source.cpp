@@ -26,6 +26,7 @@ bool mayJump(const AVFormatContext& context) {
 PacketSource::PacketSource(const Selection& selection, std::stop_token stop)
     : m_demuxer(av::Demuxer::open(selection.file, av::ProbeDepth::streams, stop)) {
     AVFormatContext& context = m_demuxer->context();
+    m_demuxer->file()->expectSequentialReading();
     m_states.resize(context.nb_streams);
     // The file may have been written anew since its streams were counted.
     const auto isGone = [&](int index) {
@@ -162,7 +163,7 @@ double PacketSource::fraction(const AVPacket& packet) const {
         // Decoding may begin before the file's zero, and end behind what the edits show.
         return time.isValid() ? std::clamp(time.seconds() / m_duration.seconds(), 0.0, 1.0) : 0;
     }
-    const auto size = static_cast<double>(m_demuxer->file()->size());
+    const auto size = static_cast<double>(fileSize());
     return packet.pos > 0 && size > 0 ? static_cast<double>(packet.pos) / size : 0;
 }
 

@@ -21,6 +21,8 @@ public:
     const AVFormatContext& context() const { return m_demuxer->context(); }
     const AVStream& stream(int index) const { return *context().streams[index]; }
     const std::filesystem::path& path() const { return m_demuxer->path(); }
+    /// Bytes.
+    std::int64_t fileSize() const { return m_demuxer->file()->size(); }
     bool isMovie() const { return m_demuxer->isMovie(); }
     /// The time in the file that becomes zero.
     Time start() const { return m_start; }

@@ -10,6 +10,7 @@
 #include "engine/media/av/conversion.h"
 #include "engine/media/decoding_lead.h"
 #include "engine/media/error.h"
+#include "engine/media/expected_samples.h"
 #include "engine/media/muxer.h"
 #include "engine/media/passthrough_rules.h"
 #include "engine/media/passthrough_track.h"
@@ -23,7 +24,7 @@ namespace {
 constexpr std::array allTypes{FileType::AVFileTypeMPEG4, FileType::AVFileTypeQuickTimeMovie,
                               FileType::AVFileTypeAppleM4A};
 
-/// The share of the work that moving the index to the front takes.
+/// The share of the work that moving the media out of the index's way takes.
 constexpr double indexShare = 0.25;
 
 void turn(AVStream& stream, const AffineTransform& transform) {
@@ -99,7 +100,7 @@ void PassthroughSession::run(const Settings& settings, std::stop_token stop) {
     applyTransforms(muxer, tracks);
     muxer.copyFileMetadata(m_source.context(), m_source.start());
     muxer.writeHeader();
-    copyPackets(muxer, tracks, settings.optimize ? 1 - indexShare : 1);
+    copyPackets(muxer, tracks, muxer.isRoomCertain() ? 1 : 1 - indexShare);
     checkEnds(media, tracks);
     finish(muxer);
 }
@@ -110,6 +111,7 @@ void PassthroughSession::addTrack(Muxer& muxer, std::map<int, PassthroughTrack>&
     const AVStream& source = m_source.stream(index);
     AVStream& stream = muxer.addStream();
     copyStreamDescription(stream, source);
+    muxer.expect(stream.index, copiedSamples(m_source, index));
     stream.codecpar->codec_tag =
         passthrough_rules::codecTag(muxer.type(), source, m_source.isMovie());
     if (const auto name = passthrough_rules::entryName(source))

@@ -34,6 +34,14 @@ int renameExclusively(const std::filesystem::path& from, const std::filesystem::
     return 0;
 }
 
+void startWriteBack(int descriptor, std::int64_t offset, std::int64_t size) {
+    ::sync_file_range(descriptor, offset, size, SYNC_FILE_RANGE_WRITE);
+}
+
+void expectSequentialReading(int descriptor) {
+    ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
 int syncData(int descriptor) {
     return ::fdatasync(descriptor) == 0 ? 0 : errno;
 }

@@ -28,6 +28,11 @@ int renameExclusively(const std::filesystem::path& from, const std::filesystem::
     return 0;
 }
 
+// The system begins to write by itself, and reads ahead.
+void startWriteBack(int, std::int64_t, std::int64_t) {}
+
+void expectSequentialReading(int) {}
+
 int syncData(int descriptor) {
     // fsync() alone leaves the data in the drive's cache; not every file system knows the stronger
     // call.

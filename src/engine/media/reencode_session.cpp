@@ -10,7 +10,7 @@ namespace boxlift::media {
 
 namespace {
 
-/// The share of the progress that is encoding; moving the index to the front takes the rest.
+/// The share of the progress that is encoding; placing the index takes the rest.
 constexpr double encodingShare = 0.97;
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "engine/media/audio_transcode_track.h"
 #include "engine/media/av/conversion.h"
 #include "engine/media/error.h"
+#include "engine/media/expected_samples.h"
 #include "engine/media/reencode_video.h"
 #include "engine/media/source_check.h"
 #include "engine/media/stream_copy.h"
@@ -82,11 +83,13 @@ void ReencodeTracks::addTexts() {
         auto copy = std::make_unique<TextCopyTrack>(source);
         AVStream& stream = m_muxer.addStream();
         copy->describe(stream);
+        m_muxer.expect(stream.index, copiedSamples(m_source, index));
         m_pipeline.addTrack(index, stream.index, std::move(copy));
     }
 }
 
 void ReencodeTracks::remember(int stream) {
+    m_muxer.expect(static_cast<int>(m_outputs.size()), encodedSamples(m_source, stream));
     m_outputs.push_back({m_source.range(stream), Time()});
 }
 

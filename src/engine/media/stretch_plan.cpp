@@ -12,10 +12,11 @@ constexpr std::int64_t frameLength = 1024;
 /// Reading and encoding even out over this much.
 constexpr std::int64_t slack = 65536;
 
-/// Each stretch but the first costs some ten seconds more than it gives (see AudioStretch), so
-/// it should be many times as long; but all workers' stretches lie in memory, 53 MB of them.
-constexpr double mostSecondsWaiting = 300;
-constexpr double shortestSeconds = 30;
+/// Each stretch but the first costs some sixteen seconds more than it gives (see AudioStretch), and
+/// each seam is a risk, so it should be many times as long; but all workers' stretches lie in
+/// memory, 106 MB of them.
+constexpr double mostSecondsWaiting = 600;
+constexpr double shortestSeconds = 60;
 /// More of them would only make the stretches shorter.
 constexpr int mostWorkers = 8;
 /// What is said of a duration is not exact; a last stretch of some samples would be a waste.

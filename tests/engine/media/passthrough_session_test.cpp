@@ -111,6 +111,20 @@ TEST_F(PassthroughSessionTest, PutsTheIndexWhereItIsWanted) {
     }
 }
 
+TEST_F(PassthroughSessionTest, NeedNotMoveTheMediaOfALargeFile) {
+    auto audio = audioOf("alac");
+    audio.signal = boxlift::test::Signal::noise;
+    auto spec = mediaOf("mov", {videoOf("mpeg4")}, {audio});
+    spec.seconds = 60;
+    MAKE_SOURCE(spec);
+    ASSERT_GT(std::filesystem::file_size(source()), 8U << 20);
+    ASSERT_EQ(copyTo(output(), mp4, *openFile(source()), true).status, Status::completed);
+    // Media that was moved for the index would leave nothing in between.
+    EXPECT_EQ(boxlift::test::topLevelBoxTypes(output()), (Names{"ftyp", "moov", "free", "mdat"}));
+    EXPECT_EQ(probe(output()).video().payloadHashes(), probe(source()).video().payloadHashes());
+    EXPECT_EQ(probe(output()).audio().payloadHashes(), probe(source()).audio().payloadHashes());
+}
+
 TEST_F(PassthroughSessionTest, LeavesTheSourceAndItsFolderAsTheyWere) {
     MAKE_SOURCE(mediaOf("mov", {videoOf("mpeg4")}, {audioOf("aac")}));
     const std::string before = readFile(source());

@@ -1,7 +1,9 @@
 #include "engine/media/av/demuxer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <span>
 #include <string>
 
 #include "engine/media/av/check.h"
@@ -31,10 +33,22 @@ bool tellsEnough(const AVStream& stream) {
     case AVMEDIA_TYPE_VIDEO:
         return isPicture(stream) || (parameters.width > 0 && parameters.height > 0);
     case AVMEDIA_TYPE_AUDIO:
-        return parameters.sample_rate > 0;
+        // FLAC's header has all that there is to know, but only its parser takes it out.
+        return parameters.sample_rate > 0 ||
+               (parameters.codec_id == AV_CODEC_ID_FLAC && parameters.extradata_size > 0);
     default:
         return true;
     }
+}
+
+/// Spares asking every demuxer that there is; null where they have to be asked.
+const AVInputFormat* obviousFormat(const InputFile& file) {
+    std::array<char, 16> start{};
+    const std::int64_t count = file.readAt(0, std::as_writable_bytes(std::span(start)));
+    const char* name = count > 0
+                           ? containers::demuxerOf({start.data(), static_cast<std::size_t>(count)})
+                           : nullptr;
+    return name ? av_find_input_format(name) : nullptr;
 }
 
 } // namespace
@@ -88,7 +102,8 @@ void Demuxer::openContext() {
     Options options;
     options.set("format_whitelist", containers::allowedDemuxers().c_str());
     options.set("max_streams", maximumStreams);
-    const int result = avformat_open_input(&context, nullptr, nullptr, options.address());
+    const int result =
+        avformat_open_input(&context, nullptr, obviousFormat(m_io.file()), options.address());
     if (result < 0)
         fail(result, "open source"); // The context has been freed.
     m_context.reset(context);

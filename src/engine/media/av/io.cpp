@@ -1,5 +1,7 @@
 #include "engine/media/av/io.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <new>
 
@@ -76,34 +78,6 @@ std::int64_t InputIo::seek(void* self, std::int64_t offset, int whence) noexcept
     return result;
 }
 
-struct OutputIo::Reader {
-    OutputIo& owner;
-    std::int64_t position = 0;
-
-    static int read(void* self, std::uint8_t* buffer, int size) noexcept {
-        auto& reader = *static_cast<Reader*>(self);
-        if (reader.owner.m_stop.stop_requested())
-            return AVERROR_EXIT;
-        const auto count = reader.owner.m_file.readAt(
-            reader.position,
-            std::as_writable_bytes(std::span(buffer, static_cast<std::size_t>(size))));
-        if (count < 0)
-            return AVERROR(static_cast<int>(-count));
-        reader.position += count;
-        if (reader.owner.m_readListener)
-            reader.owner.m_readListener(reader.position);
-        return count == 0 ? AVERROR_EOF : static_cast<int>(count);
-    }
-
-    static std::int64_t seek(void* self, std::int64_t offset, int whence) noexcept {
-        auto& reader = *static_cast<Reader*>(self);
-        const auto result = resolveSeek(offset, whence, reader.position, reader.owner.m_end);
-        if (result >= 0 && (whence & ~AVSEEK_FORCE) != AVSEEK_SIZE)
-            reader.position = result;
-        return result;
-    }
-};
-
 OutputIo::OutputIo(OutputFile& file, std::stop_token stop)
     : m_file(file), m_stop(std::move(stop)),
       m_context(own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 1, this,
@@ -113,8 +87,7 @@ int OutputIo::write(void* self, WriteCallbackByte* buffer, int size) noexcept {
     auto& io = *static_cast<OutputIo*>(self);
     if (io.m_stop.stop_requested())
         return AVERROR_EXIT;
-    const auto data = std::as_bytes(std::span(buffer, static_cast<std::size_t>(size)));
-    if (const int error = io.m_file.writeAt(io.m_position, data)) {
+    if (const int error = io.write(std::span(buffer, static_cast<std::size_t>(size)))) {
         io.m_writeError = io.m_writeError ? io.m_writeError : error;
         return AVERROR(error);
     }
@@ -123,30 +96,30 @@ int OutputIo::write(void* self, WriteCallbackByte* buffer, int size) noexcept {
     return size;
 }
 
+int OutputIo::write(std::span<const std::uint8_t> data) {
+    if (m_position < m_tailBegin)
+        return m_file.writeAt(m_position, std::as_bytes(data));
+    try {
+        keep(data);
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
+    }
+}
+
+void OutputIo::keep(std::span<const std::uint8_t> data) {
+    const auto at = static_cast<std::size_t>(m_position - m_tailBegin);
+    if (m_tail.size() < at + data.size())
+        m_tail.resize(at + data.size());
+    std::ranges::copy(data, m_tail.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
 std::int64_t OutputIo::seek(void* self, std::int64_t offset, int whence) noexcept {
     auto& io = *static_cast<OutputIo*>(self);
     const auto result = resolveSeek(offset, whence, io.m_position, io.m_end);
     if (result >= 0 && (whence & ~AVSEEK_FORCE) != AVSEEK_SIZE)
         io.m_position = result;
     return result;
-}
-
-AVIOContext* OutputIo::openReader() {
-    auto reader = std::make_unique<Reader>(Reader{*this});
-    IoContextPtr context =
-        own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 0, reader.get(),
-                               &Reader::read, nullptr, &Reader::seek));
-    static_cast<void>(reader.release()); // The context's opaque pointer owns it by now.
-    return context.release();
-}
-
-void OutputIo::closeReader(AVIOContext* reader) {
-    delete static_cast<Reader*>(reader->opaque);
-    freeIoContext(reader);
-}
-
-void OutputIo::setReadListener(std::function<void(std::int64_t)> listener) {
-    m_readListener = std::move(listener);
 }
 
 } // namespace boxlift::media::av

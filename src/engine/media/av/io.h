@@ -2,9 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
+#include <limits>
 #include <memory>
+#include <span>
 #include <stop_token>
+#include <utility>
+#include <vector>
 
 #include "engine/media/av/compat.h"
 #include "engine/media/av/handles.h"
@@ -40,8 +43,7 @@ private:
     IoContextPtr m_context;
 };
 
-/// FFmpeg's view of an OutputFile: large sequential writes, and reading back what was written for
-/// the pass that moves the index to the front. A stop makes every call fail.
+/// FFmpeg's view of an OutputFile: large sequential writes. A stop makes every call fail.
 class OutputIo {
 public:
     OutputIo(OutputFile& file, std::stop_token stop);
@@ -51,23 +53,25 @@ public:
     /// The first system error that a write met, 0 when none.
     int writeError() const { return m_writeError; }
 
-    /// A second context, for reading the same file from its start. Freed by closeReader().
-    AVIOContext* openReader();
-    static void closeReader(AVIOContext* reader);
-    /// Hears the number of bytes that readers have read.
-    void setReadListener(std::function<void(std::int64_t)> listener);
+    /// From here on what is written behind the end of the file stays in memory instead.
+    void keepTail() { m_tailBegin = m_end; }
+    /// Where that end is; meaningless before keepTail().
+    std::int64_t tailBegin() const { return m_tailBegin; }
+    std::vector<std::uint8_t> takeTail() { return std::move(m_tail); }
 
 private:
-    struct Reader;
     static int write(void* self, WriteCallbackByte* buffer, int size) noexcept;
     static std::int64_t seek(void* self, std::int64_t offset, int whence) noexcept;
+    int write(std::span<const std::uint8_t> data);
+    void keep(std::span<const std::uint8_t> data);
 
     OutputFile& m_file;
     std::stop_token m_stop;
     std::int64_t m_position = 0;
     std::int64_t m_end = 0;
     int m_writeError = 0;
-    std::function<void(std::int64_t)> m_readListener;
+    std::int64_t m_tailBegin = std::numeric_limits<std::int64_t>::max();
+    std::vector<std::uint8_t> m_tail;
     IoContextPtr m_context;
 };
 
