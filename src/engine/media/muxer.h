@@ -10,8 +10,8 @@
 
 #include "engine/media/av/handles.h"
 #include "engine/media/av/io.h"
+#include "engine/media/file_system.h"
 #include "engine/media/index_changes.h"
-#include "engine/media/output_file.h"
 #include "engine/media/time.h"
 #include "model/file_type.h"
 
@@ -25,8 +25,7 @@ enum class IndexPlace { end, front };
 /// Cancelled when the token asks.
 class Muxer {
 public:
-    Muxer(const std::filesystem::path& output, FileType type, IndexPlace index,
-          std::stop_token stop);
+    Muxer(const OutputPlace& output, FileType type, IndexPlace index, std::stop_token stop);
     ~Muxer();
     Muxer(const Muxer&) = delete;
     Muxer& operator=(const Muxer&) = delete;
