@@ -8,6 +8,8 @@
 #include <QApplication>
 
 #include "queue/file_url.h"
+#include "queue/worker_engine.h"
+#include "queue/worker_program.h"
 #include "ui/shell.h"
 #include "ui/window_rendering.h"
 
@@ -34,13 +36,12 @@ std::vector<std::filesystem::path> handedOver(std::span<char*> arguments) {
 int main(int argc, char** argv) {
     boxlift::preferSoftwareRendering();
     QApplication application(argc, argv);
-    // It takes over the user's language, and with it a decimal comma, which the media libraries
-    // would not understand.
+    // It takes over the user's language, and with it a decimal comma, which texts here do not have.
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("boxlift"));
     QApplication::setApplicationDisplayName(QStringLiteral("Boxlift"));
     QApplication::setDesktopFileName(QStringLiteral("boxlift"));
-    boxlift::Shell shell(boxlift::converterEngine());
+    boxlift::Shell shell(boxlift::workerEngine({.program = boxlift::workerProgram()}));
     if (!shell.openWindow())
         return EXIT_FAILURE;
     shell.queue().addPaths(handedOver(std::span(argv, static_cast<std::size_t>(argc)).subspan(1)));
