@@ -117,7 +117,7 @@ private:
     static worker::Report ask(WorkerCall&& call, const worker::Request& request,
                               const std::array<int, Count>& descriptors,
                               const Converter::Progress& progress) {
-        const worker::Report report = call.ask(request, descriptors, progress);
+        worker::Report report = call.ask(request, descriptors, progress);
         requireAnswer<Result>(report);
         return report;
     }

@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 fs::path workerProgram() {
     const fs::path folder = runningProgram().parent_path();
-    const fs::path beside = folder / "boxlift-worker";
+    fs::path beside = folder / "boxlift-worker";
     std::error_code error;
     if (fs::exists(beside, error))
         return beside;

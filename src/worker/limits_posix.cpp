@@ -7,7 +7,7 @@ namespace boxlift::worker {
 
 namespace {
 
-constexpr std::uint64_t mebibyte = 1024 * 1024;
+constexpr std::uint64_t mebibyte = 1 << 20;
 
 // The sanitizers reserve terabytes.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -116,8 +116,8 @@ void allowWithArguments(Program& program) {
     program.allowIf(SYS_clone, 0, threadFlags, threadFlags);
     // With other flags it looks at a file by its name.
     program.allowIf(SYS_newfstatat, 3, AT_EMPTY_PATH, AT_EMPTY_PATH);
-    for (const unsigned command : {F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL})
-        program.allowIf(SYS_fcntl, 1, all, command);
+    for (const int command : {F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL})
+        program.allowIf(SYS_fcntl, 1, all, static_cast<unsigned>(command));
     program.allowIf(SYS_prctl, 0, all, PR_SET_NAME);
     // What abort() sends to itself.
     program.allowIf(SYS_tgkill, 0, all, static_cast<unsigned>(::getpid()));

@@ -57,7 +57,7 @@ public:
     template <typename... Alternatives>
     void put(const std::variant<Alternatives...>& value) {
         putNumber(static_cast<std::uint8_t>(value.index()));
-        std::visit([this](const auto& alternative) { put(alternative); }, value);
+        std::visit([this](const auto& alternative) { this->put(alternative); }, value);
     }
 
 private:
