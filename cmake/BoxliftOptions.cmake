@@ -22,3 +22,20 @@ if(BOXLIFT_SANITIZE)
         -Wno-maybe-uninitialized -fsanitize=${BOXLIFT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(boxlift_options INTERFACE -fsanitize=${BOXLIFT_SANITIZE})
 endif()
+
+# boxlift_link_only_what_is_used(<target>): of the shared libraries that come with the static ones,
+# those that nothing calls are left out.
+function(boxlift_link_only_what_is_used target)
+    if(APPLE)
+        target_link_options(${target} PRIVATE LINKER:-dead_strip_dylibs)
+    else()
+        target_link_options(${target} PRIVATE LINKER:--as-needed)
+    endif()
+endfunction()
+
+# Where boxlift-worker is installed, and how to get there from the folder of programs.
+include(GNUInstallDirs)
+set(BOXLIFT_WORKER_DIR "${CMAKE_INSTALL_LIBEXECDIR}/boxlift" CACHE STRING
+    "Folder of boxlift-worker, below the prefix")
+file(RELATIVE_PATH BOXLIFT_WORKER_FROM_PROGRAMS
+    "/${CMAKE_INSTALL_BINDIR}" "/${BOXLIFT_WORKER_DIR}")

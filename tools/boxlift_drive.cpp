@@ -11,6 +11,8 @@
 #include "drive/drive.h"
 #include "drive/standard_streams.h"
 #include "drive/stop_on_signals.h"
+#include "queue/worker_engine.h"
+#include "queue/worker_program.h"
 
 namespace {
 
@@ -28,8 +30,9 @@ int run(int argc, char** argv) {
     qputenv("LC_ALL", "C.UTF-8");
     const StopOnSignals stopSignals;
     const QCoreApplication application(argc, argv);
-    return static_cast<int>(
-        drive(commandLine, boxlift::converterEngine(), writeToStandardOutput, stopSignals.token()));
+    return static_cast<int>(drive(commandLine,
+                                  boxlift::workerEngine({.program = boxlift::workerProgram()}),
+                                  writeToStandardOutput, stopSignals.token()));
 }
 
 } // namespace

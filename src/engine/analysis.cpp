@@ -1,37 +1,15 @@
 #include <cmath>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "engine/cancellation.h"
 #include "engine/converter.h"
 #include "engine/media/error.h"
-#include "model/job_rules.h"
+#include "engine/refusal.h"
 
 namespace boxlift::Converter {
 
 namespace {
-
-constexpr const char* cannotOpen = "macOS can't open this file. It may be damaged or in a format "
-                                   "AVFoundation doesn't support.";
-
-std::string lowerCased(std::string_view text) {
-    std::string lower(text);
-    for (char& character : lower)
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    return lower;
-}
-
-void refuseUnsupported(const std::filesystem::path& url) {
-    const std::string fileName = url.filename().string();
-    const std::string extension = lowerCased(pathExtension(fileName));
-    const auto entry = unsupportedExtensions().find(extension);
-    if (entry != unsupportedExtensions().end())
-        throw ConvertError(std::string(entry->second) +
-                           " files can't be opened by macOS. Convert them with a tool like ffmpeg "
-                           "or HandBrake first.");
-}
 
 /// What `load` delivers, or `fallback` when it fails; the reason goes to the log alone.
 template <typename Value, typename Load>
@@ -105,14 +83,6 @@ std::optional<MediaInfo> inspect(const std::filesystem::path& url, const std::st
 
 } // namespace
 
-const std::unordered_map<std::string_view, std::string_view>& unsupportedExtensions() {
-    static const std::unordered_map<std::string_view, std::string_view> names{
-        {"mkv", "MKV"}, {"avi", "AVI"}, {"webm", "WebM"}, {"wmv", "WMV"}, {"flv", "FLV"},
-        {"ogg", "Ogg"}, {"ogv", "Ogg"}, {"opus", "Opus"}, {"wma", "WMA"}, {"rmvb", "RealMedia"},
-    };
-    return names;
-}
-
 MediaInfo analyze(const std::filesystem::path& url, std::stop_token stop,
                   const media::Factory& factory) {
     throwIfStopped(stop);
@@ -121,7 +91,7 @@ MediaInfo analyze(const std::filesystem::path& url, std::stop_token stop,
     if (info)
         return *info;
     throwIfStopped(stop);
-    throw ConvertError(cannotOpen);
+    throw cannotOpen();
 }
 
 } // namespace boxlift::Converter

@@ -8,6 +8,8 @@
 #include <QApplication>
 
 #include "queue/file_url.h"
+#include "queue/worker_engine.h"
+#include "queue/worker_program.h"
 #include "ui/desktop/application_id.h"
 #include "ui/desktop/single_instance.h"
 #include "ui/shell.h"
@@ -36,8 +38,7 @@ std::vector<std::filesystem::path> handedOver(std::span<char*> arguments) {
 int main(int argc, char** argv) {
     boxlift::preferSoftwareRendering();
     QApplication application(argc, argv);
-    // It takes over the user's language, and with it a decimal comma, which the media libraries
-    // would not understand.
+    // It takes over the user's language, and with it a decimal comma, which texts here do not have.
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName(QStringLiteral("boxlift"));
     QApplication::setApplicationDisplayName(QStringLiteral("Boxlift"));
@@ -46,7 +47,7 @@ int main(int argc, char** argv) {
     boxlift::SingleInstance instance(QDBusConnection::sessionBus());
     if (instance.handOver(files))
         return EXIT_SUCCESS;
-    boxlift::Shell shell(boxlift::converterEngine());
+    boxlift::Shell shell(boxlift::workerEngine({.program = boxlift::workerProgram()}));
     if (!shell.openWindow())
         return EXIT_FAILURE;
     QObject::connect(&instance, &boxlift::SingleInstance::opened, &shell.queue(),

@@ -18,8 +18,16 @@ plant src/engine/media/CMakeLists.txt 'target_link_libraries(boxlift_media PUBLI
 plant src/engine/driver.cpp '#include "engine/converter.h"
 #include "engine/media/factory.h"'
 plant src/engine/CMakeLists.txt 'target_link_libraries(boxlift_engine PUBLIC boxlift_media)'
+plant src/worker/protocol/message.cpp '#include "engine/media/error.h"
+#include "worker/protocol/message.h"'
+plant src/worker/protocol/CMakeLists.txt 'target_link_libraries(boxlift_worker_protocol PUBLIC boxlift_media)'
+plant src/worker/service.cpp '#include "engine/converter.h"
+#include "worker/protocol/message.h"'
+plant src/worker/CMakeLists.txt 'target_link_libraries(boxlift_worker
+    PUBLIC boxlift_engine boxlift_worker_protocol)'
 plant src/queue/job.cpp '#include <QObject>
 #include "queue/job.h"
+#include "worker/protocol/message.h"
 #include "engine/converter.h"
 #include "job.moc"'
 plant src/queue/CMakeLists.txt 'target_link_libraries(boxlift_queue PUBLIC boxlift_engine Qt6::Core)'
@@ -52,6 +60,13 @@ expectViolation 'must not see FFmpeg' src/queue/job.h '#include <libswscale/swsc
 expectViolation 'must not see FFmpeg' src/ui/window.cpp '#include <libavutil/avutil.h>'
 expectViolation 'src/worker must not include queue/job.h' \
     src/worker/main.cpp '#include "queue/job.h"'
+expectViolation 'src/worker must not see Qt' src/worker/main.cpp '#include <QCoreApplication>'
+expectViolation 'src/worker/protocol must not include worker/service.h' \
+    src/worker/protocol/message.cpp '#include "worker/service.h"'
+expectViolation 'src/worker/protocol must not include engine/converter.h' \
+    src/worker/protocol/message.cpp '#include "engine/converter.h"'
+expectViolation 'src/queue must not include worker/service.h' \
+    src/queue/job.cpp '#include "worker/service.h"'
 expectViolation 'no layer has this file' src/extra/file.cpp '#include <string>'
 expectViolation 'only src/engine/media sees FFmpeg' \
     tools/boxlift_drive.cpp '#include <libavutil/avutil.h>'
@@ -71,6 +86,10 @@ expectViolation 'src/engine/media must not link boxlift_engine' src/engine/media
 )'
 expectViolation 'src/engine must not link Qt6::Core' src/engine/CMakeLists.txt \
     'target_link_libraries(boxlift_engine PUBLIC boxlift_media Qt6::Core)'
+expectViolation 'src/worker/protocol must not link boxlift_engine' src/worker/protocol/CMakeLists.txt \
+    'target_link_libraries(boxlift_worker_protocol PUBLIC boxlift_engine)'
+expectViolation 'src/queue must not link boxlift_worker' src/queue/CMakeLists.txt \
+    'target_link_libraries(boxlift_queue PUBLIC boxlift_engine boxlift_worker)'
 expectViolation 'src/queue must not link boxlift_media' src/queue/CMakeLists.txt \
     'target_link_libraries(boxlift_queue PUBLIC boxlift_media)'
 

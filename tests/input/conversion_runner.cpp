@@ -5,6 +5,8 @@
 #include <mutex>
 #include <thread>
 
+#include "input/engine_under_test.h"
+
 namespace boxlift::test {
 
 namespace fs = std::filesystem;
@@ -82,7 +84,7 @@ Analysis analyze(const fs::path& path) {
     Analysis analysis;
     const auto start = Clock::now();
     try {
-        analysis.info = Converter::analyze(path);
+        analysis.info = engineUnderTest().analyze(path, {});
     } catch (const ConvertError& error) {
         analysis.sentence = error.message();
     }
@@ -102,7 +104,7 @@ Conversion convert(const ConversionRequest& request, std::stop_token stop,
     Watch watch(std::move(stop), limit);
     const auto start = Clock::now();
     try {
-        conversion.mode = Converter::convert(
+        conversion.mode = engineUnderTest().convert(
             request.source, request.info, request.target, request.size, request.removeAudio,
             request.output, [&](double fraction) { log.add(fraction); }, watch.token());
     } catch (const Cancelled&) {

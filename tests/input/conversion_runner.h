@@ -11,7 +11,7 @@
 
 namespace boxlift::test {
 
-/// What Converter::analyze() said: the description, or the sentence.
+/// What the analysis said: the description, or the sentence.
 struct Analysis {
     std::optional<MediaInfo> info{};
     std::string sentence{};

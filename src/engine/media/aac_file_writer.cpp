@@ -21,8 +21,8 @@ std::uint64_t channelMask(int channels) {
 
 } // namespace
 
-AacFileWriter::AacFileWriter(const std::filesystem::path& path, unsigned cores)
-    : m_path(path), m_cores(cores) {}
+AacFileWriter::AacFileWriter(const OutputPlace& output, unsigned cores)
+    : m_output(output), m_cores(cores) {}
 
 AacFileWriter::~AacFileWriter() {
     cancelWriting();
@@ -73,12 +73,12 @@ bool AacFileWriter::startWriting() {
 }
 
 void AacFileWriter::open() {
-    m_muxer = std::make_unique<Muxer>(m_path, FileType::AVFileTypeAppleM4A, IndexPlace::end,
+    m_muxer = std::make_unique<Muxer>(m_output, FileType::AVFileTypeAppleM4A, IndexPlace::end,
                                       m_stop.get_token());
     const AudioEncoder::Settings settings{m_settings->sampleRate, channelMask(m_settings->channels),
                                           m_settings->bitRate};
     AVStream& stream = m_muxer->addStream();
-    AudioEncoder(settings, m_path).describe(stream);
+    AudioEncoder(settings, m_output.path).describe(stream);
     stream.disposition = AV_DISPOSITION_DEFAULT;
     m_streamIndex = stream.index;
     if (m_metadataSource)
@@ -86,7 +86,7 @@ void AacFileWriter::open() {
     m_muxer->writeHeader();
     const std::lock_guard lock(m_mutex);
     m_encoder = std::make_unique<StretchedEncoder>(
-        settings, planStretches(m_durationHint, settings.sampleRate, m_cores), m_path);
+        settings, planStretches(m_durationHint, settings.sampleRate, m_cores), m_output.path);
 }
 
 void AacFileWriter::copyFileMetadata() {
@@ -167,7 +167,7 @@ void AacFileWriter::finishWriting() {
 void AacFileWriter::publish() {
     // Of a track without samples the muxer would write nothing at all.
     if (!m_hasSamples && !m_stop.stop_requested())
-        throw Error(ErrorKind::cannotEncode, "finish output", m_path, "no samples came");
+        throw Error(ErrorKind::cannotEncode, "finish output", m_output.path, "no samples came");
     m_muxer->finish();
     end(Status::completed, nullptr);
 }

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "engine/media/asset_writer.h"
-#include "engine/media/input_file.h"
+#include "engine/media/file_system.h"
 #include "engine/media/muxer.h"
 #include "engine/media/stretched_encoder.h"
 
@@ -18,7 +18,7 @@ namespace boxlift::media {
 /// and writes on a thread of its own.
 class AacFileWriter : public AssetWriter {
 public:
-    explicit AacFileWriter(const std::filesystem::path& path,
+    explicit AacFileWriter(const OutputPlace& output,
                            unsigned cores = std::thread::hardware_concurrency());
     ~AacFileWriter() override;
 
@@ -50,7 +50,7 @@ private:
     void end(Status status, std::exception_ptr error);
     void endWithCurrentException();
 
-    const std::filesystem::path m_path;
+    const OutputPlace m_output;
     const unsigned m_cores;
     std::optional<AacSettings> m_settings;
     std::shared_ptr<const InputFile> m_metadataSource;

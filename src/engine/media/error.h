@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace boxlift::media {
 
@@ -28,6 +29,9 @@ class Error : public std::exception {
 public:
     Error(ErrorKind kind, std::string_view operation, const std::filesystem::path& path,
           std::string_view cause);
+    /// One whose technical() is known, from another process.
+    Error(ErrorKind kind, std::string technical)
+        : m_kind(kind), m_technical(std::move(technical)) {}
 
     ErrorKind kind() const { return m_kind; }
     const std::string& technical() const { return m_technical; }

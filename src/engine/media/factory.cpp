@@ -4,7 +4,6 @@
 #include "engine/media/audio_mix_reader.h"
 #include "engine/media/file_asset.h"
 #include "engine/media/file_composition.h"
-#include "engine/media/output_file.h"
 #include "engine/media/passthrough_session.h"
 #include "engine/media/reencode_session.h"
 
@@ -14,9 +13,11 @@ namespace {
 
 class FfmpegFactory : public Factory {
 public:
+    explicit FfmpegFactory(const FileSystem& files) : m_files(files) {}
+
     std::shared_ptr<const Asset> openAsset(const std::filesystem::path& path,
                                            std::stop_token stop) const override {
-        return FileAsset::open(InputFile::open(path), std::move(stop));
+        return FileAsset::open(m_files.openInput(path), std::move(stop));
     }
 
     std::shared_ptr<MutableComposition> makeComposition() const override {
@@ -29,9 +30,9 @@ public:
         auto selection = Selection::of(*asset);
         if (!selection)
             return nullptr;
-        if (preset == ExportPreset::AVAssetExportPresetPassthrough)
-            return std::make_unique<PassthroughSession>(std::move(*selection), std::move(stop));
-        return makeReencodeSession(std::move(*selection), preset, std::move(stop));
+        auto session = makeSession(std::move(*selection), preset, std::move(stop));
+        session->setFileSystem(m_files);
+        return session;
     }
 
     std::unique_ptr<AssetReader>
@@ -41,19 +42,33 @@ public:
 
     std::unique_ptr<AssetWriter> makeAssetWriter(const std::filesystem::path& path,
                                                  FileType) const override {
-        return std::make_unique<AacFileWriter>(path);
+        return std::make_unique<AacFileWriter>(OutputPlace(path, m_files));
     }
 
     void clearOutput(const std::filesystem::path& output,
                      const std::filesystem::path& source) const override {
-        media::clearOutput(output, source);
+        m_files.clearOutput(output, source);
     }
+
+private:
+    static std::unique_ptr<FileExportSession> makeSession(Selection selection, ExportPreset preset,
+                                                          std::stop_token stop) {
+        if (preset == ExportPreset::AVAssetExportPresetPassthrough)
+            return std::make_unique<PassthroughSession>(std::move(selection), std::move(stop));
+        return makeReencodeSession(std::move(selection), preset, std::move(stop));
+    }
+
+    const FileSystem& m_files;
 };
 
 } // namespace
 
+std::unique_ptr<const Factory> makeFactory(const FileSystem& files) {
+    return std::make_unique<FfmpegFactory>(files);
+}
+
 const Factory& defaultFactory() {
-    static const FfmpegFactory factory;
+    static const FfmpegFactory factory(defaultFileSystem());
     return factory;
 }
 

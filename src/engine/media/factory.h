@@ -8,6 +8,7 @@
 #include "engine/media/asset_writer.h"
 #include "engine/media/composition.h"
 #include "engine/media/export_session.h"
+#include "engine/media/file_system.h"
 #include "model/export_preset.h"
 
 namespace boxlift::media {
@@ -38,7 +39,10 @@ public:
                              const std::filesystem::path& source) const = 0;
 };
 
-/// The factory over the FFmpeg libraries. Lives as long as the process.
+/// A factory over the FFmpeg libraries. `files` outlives it and all that it makes.
+std::unique_ptr<const Factory> makeFactory(const FileSystem& files);
+
+/// The one over the usual file system. Lives as long as the process.
 const Factory& defaultFactory();
 
 } // namespace boxlift::media

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "engine/media/export_session.h"
+#include "engine/media/file_system.h"
 #include "engine/media/selection.h"
 
 namespace boxlift::media {
@@ -17,7 +18,9 @@ class Muxer;
 /// progress, cancellation. A subclass does the work in run(); its destructor calls join().
 class FileExportSession : public ExportSession {
 public:
-    void setOutputUrl(const std::filesystem::path& path) override { m_settings.output = path; }
+    /// Before the start. `files` outlives the session.
+    void setFileSystem(const FileSystem& files) { m_settings.output.files = &files; }
+    void setOutputUrl(const std::filesystem::path& path) override { m_settings.output.path = path; }
     void setOutputFileType(FileType type) override { m_settings.type = type; }
     void setShouldOptimizeForNetworkUse(bool optimize) override { m_settings.optimize = optimize; }
     void exportAsynchronously() override;
@@ -30,7 +33,7 @@ public:
 
 protected:
     struct Settings {
-        std::filesystem::path output;
+        OutputPlace output;
         FileType type = FileType::AVFileTypeMPEG4;
         bool optimize = false;
     };

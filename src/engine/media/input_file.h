@@ -24,6 +24,8 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     const std::filesystem::path& path() const { return m_path; }
+    /// Stays this object's.
+    int descriptor() const { return m_descriptor; }
     /// Bytes.
     std::int64_t size() const { return m_size; }
     /// Number of bytes read, less than asked for only at the end of the file; -errno on failure.

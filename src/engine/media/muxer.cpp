@@ -81,9 +81,8 @@ void dropBuffer(AVIOContext* io) {
 
 } // namespace
 
-Muxer::Muxer(const std::filesystem::path& output, FileType type, IndexPlace index,
-             std::stop_token stop)
-    : m_type(type), m_index(index), m_stop(std::move(stop)), m_file(OutputFile::create(output)),
+Muxer::Muxer(const OutputPlace& output, FileType type, IndexPlace index, std::stop_token stop)
+    : m_type(type), m_index(index), m_stop(std::move(stop)), m_file(output.create()),
       m_io(*m_file, m_stop), m_context(makeContext(type)) {
     av::captureLog();
     m_context->pb = m_io.context();

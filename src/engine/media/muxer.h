@@ -11,6 +11,7 @@
 #include "engine/media/av/handles.h"
 #include "engine/media/av/io.h"
 #include "engine/media/expected_samples.h"
+#include "engine/media/file_system.h"
 #include "engine/media/index_changes.h"
 #include "engine/media/index_placer.h"
 #include "engine/media/output_file.h"
@@ -25,8 +26,7 @@ namespace boxlift::media {
 /// Cancelled when the token asks.
 class Muxer {
 public:
-    Muxer(const std::filesystem::path& output, FileType type, IndexPlace index,
-          std::stop_token stop);
+    Muxer(const OutputPlace& output, FileType type, IndexPlace index, std::stop_token stop);
     ~Muxer();
     Muxer(const Muxer&) = delete;
     Muxer& operator=(const Muxer&) = delete;

@@ -16,6 +16,9 @@ class OutputFile {
 public:
     /// Throws media::Error when the folder cannot be written to or would refuse the name.
     static std::unique_ptr<OutputFile> create(const std::filesystem::path& path);
+    /// Takes over `descriptor`, a file that somebody else made, and who will name or remove it:
+    /// publish() does nothing. `path` is for messages only.
+    static std::unique_ptr<OutputFile> adopt(int descriptor, const std::filesystem::path& path);
 
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -23,6 +26,8 @@ public:
 
     /// The name that publish() will give.
     const std::filesystem::path& path() const { return m_path; }
+    /// Stays this object's.
+    int descriptor() const { return m_descriptor; }
     /// Writes all of it; 0 or errno. What is written in order begins its way to the disk at once.
     int writeAt(std::int64_t offset, std::span<const std::byte> data) noexcept;
     /// Number of bytes read, or -errno.
@@ -39,12 +44,15 @@ public:
     void publish();
 
 private:
+    enum class Naming { link, rename, byItsMaker };
+
     explicit OutputFile(const std::filesystem::path& path) : m_path(path) {}
     void openHidden(const std::filesystem::path& folder);
     void hurry(std::int64_t end) noexcept;
 
     std::filesystem::path m_path;
-    std::filesystem::path m_hiddenName; ///< Empty for an unnamed file.
+    Naming m_naming = Naming::link;
+    std::filesystem::path m_hiddenName; ///< Of a file that is to be renamed.
     int m_descriptor = -1;
     std::int64_t m_bytesWritten = 0;
     std::int64_t m_hurried = 0; ///< Up to here the disk has been told.

@@ -102,6 +102,13 @@ std::unique_ptr<OutputFile> OutputFile::create(const std::filesystem::path& path
     return file;
 }
 
+std::unique_ptr<OutputFile> OutputFile::adopt(int descriptor, const std::filesystem::path& path) {
+    std::unique_ptr<OutputFile> file(new OutputFile(path));
+    file->m_descriptor = descriptor;
+    file->m_naming = Naming::byItsMaker;
+    return file;
+}
+
 void OutputFile::openHidden(const std::filesystem::path& folder) {
     sweepStaleFiles(folder);
     for (int attempt = 0; attempt < 16; ++attempt) {
@@ -112,6 +119,7 @@ void OutputFile::openHidden(const std::filesystem::path& folder) {
         if (m_descriptor < 0)
             return;
         m_hiddenName = name;
+        m_naming = Naming::rename;
         // Where there are no locks there is no sweep either.
         if (takeLock(m_descriptor) != Lock::heldByOther && isStillNamed(m_descriptor, name))
             return;
@@ -166,8 +174,10 @@ void OutputFile::sync() {
 }
 
 void OutputFile::publish() {
-    const int error = m_hiddenName.empty() ? platform::nameUnnamed(m_descriptor, m_path)
-                                           : platform::renameExclusively(m_hiddenName, m_path);
+    if (m_naming == Naming::byItsMaker)
+        return;
+    const int error = m_naming == Naming::link ? platform::nameUnnamed(m_descriptor, m_path)
+                                               : platform::renameExclusively(m_hiddenName, m_path);
     if (error)
         throwWriteError(error, "name output", m_path);
     m_hiddenName.clear();

@@ -47,8 +47,8 @@ void ReencodeSession::run(const Settings& settings, std::stop_token stop) {
     finish(muxer);
 }
 
-std::unique_ptr<ExportSession> makeReencodeSession(Selection selection, ExportPreset preset,
-                                                   std::stop_token stop) {
+std::unique_ptr<FileExportSession> makeReencodeSession(Selection selection, ExportPreset preset,
+                                                       std::stop_token stop) {
     return std::make_unique<ReencodeSession>(std::move(selection), preset, std::move(stop));
 }
 

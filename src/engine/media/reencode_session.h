@@ -23,7 +23,7 @@ private:
     const ExportPreset m_preset;
 };
 
-std::unique_ptr<ExportSession> makeReencodeSession(Selection selection, ExportPreset preset,
-                                                   std::stop_token stop = {});
+std::unique_ptr<FileExportSession> makeReencodeSession(Selection selection, ExportPreset preset,
+                                                       std::stop_token stop = {});
 
 } // namespace boxlift::media

@@ -32,7 +32,7 @@ public:
 
 private:
     void run(const Settings& settings, std::stop_token stop) override {
-        m_output = settings.output;
+        m_output = settings.output.path;
         m_type = settings.type;
         m_isOptimized = settings.optimize;
         m_work(*this, stop);
