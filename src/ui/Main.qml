@@ -8,17 +8,21 @@ T.ApplicationWindow {
     id: root
 
     required property Queue queue
+    // Its own: false where the system has one for it.
+    required property bool hasMenuBar
     // For the panels, which are not made of QML.
     readonly property QtObject theme: Theme
 
     title: "Boxlift"
     minimumWidth: Theme.scaled(780)
-    minimumHeight: Theme.scaled(520) + menuBar.height
+    minimumHeight: Theme.scaled(520) + (hasMenuBar ? menuBar.height : 0)
     width: minimumWidth
     height: minimumHeight
     color: Theme.window
 
     menuBar: MenuBar {
+        visible: root.hasMenuBar
+
         Menu {
             title: "File"
 
@@ -49,6 +53,7 @@ T.ApplicationWindow {
     // qmllint disable unqualified
     Shortcut {
         sequences: [StandardKey.Open]
+        enabled: root.hasMenuBar
         context: Qt.ApplicationShortcut
         onActivated: root.queue.chooseFiles()
     }

@@ -8,6 +8,7 @@
 #include <QQuickWindow>
 
 #include "ui/panel_palette.h"
+#include "ui/system_menu_bar.h"
 #include "ui/window_icon.h"
 #include "ui/window_module.h"
 
@@ -18,6 +19,7 @@ Shell::Shell(Engine engine)
       m_queue({std::move(engine), m_chooser, m_preferences, UserFolders::ofSystem()}),
       m_presence(m_queue, QDBusConnection::sessionBus(),
                  [this] { return window() && window()->isActive(); }),
+      m_systemMenuBar(makeSystemMenuBar(m_queue)),
       m_qml(std::make_unique<QQmlApplicationEngine>()) {
     addWindowModule(*m_qml);
     qApp->installEventFilter(this);
@@ -27,7 +29,8 @@ Shell::Shell(Engine engine)
 Shell::~Shell() = default;
 
 QQuickWindow* Shell::openWindow() {
-    m_qml->setInitialProperties({{QStringLiteral("queue"), QVariant::fromValue(&m_queue)}});
+    m_qml->setInitialProperties({{QStringLiteral("queue"), QVariant::fromValue(&m_queue)},
+                                 {QStringLiteral("hasMenuBar"), m_systemMenuBar == nullptr}});
     m_qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/Main.qml")));
     if (!window())
         return nullptr;

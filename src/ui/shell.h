@@ -43,6 +43,7 @@ private:
     DialogChooser m_chooser;
     Queue m_queue;
     RunPresence m_presence;
+    std::unique_ptr<QObject> m_systemMenuBar;
     std::unique_ptr<QQmlApplicationEngine> m_qml;
 };
 
