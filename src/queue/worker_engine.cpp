@@ -58,8 +58,8 @@ auto orIfLost(WorkerProcess& worker, const ConvertError& consequence, Work work)
     try {
         return work();
     } catch (const WorkerLost& lost) {
-        media::logError(std::runtime_error("boxlift-worker " + std::to_string(worker.id()) + ": " +
-                                           lost.what() + "; it " + worker.end()));
+        const std::string name = "boxlift-worker " + std::to_string(worker.id());
+        media::logError(std::runtime_error(name + ": " + lost.what() + "; it " + worker.end()));
         throw consequence;
     }
 }

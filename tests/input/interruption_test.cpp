@@ -1,49 +1,19 @@
 #include <algorithm>
 #include <chrono>
 #include <fcntl.h>
-#include <ostream>
 #include <string>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "input/conversion_runner.h"
-#include "input/sources.h"
-#include "support/media_probe.h"
-#include "support/temp_folder.h"
+#include "input/long_conversion.h"
 
 namespace boxlift::test {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A way to an output that takes long enough for something to happen meanwhile.
-struct LongWay {
-    MediaSpec source;
-    Target target;
-    SizeOption size;
-};
-
-LongWay longCopy() {
-    return {{.format = "mov",
-             .seconds = 40,
-             .audio = {{.codec = "pcm_s32le", .sampleRate = 96000, .signal = Signal::silence}}},
-            Target::mov,
-            SizeOption::original};
-}
-
-LongWay longEncode() {
-    return {{.format = "mov", .seconds = 8, .video = {{.width = 640, .height = 480}}},
-            Target::mp4,
-            SizeOption::p720};
-}
-
-LongWay longTranscode() {
-    return {{.format = "mov", .seconds = 60, .audio = {{.codec = "pcm_s16le"}}},
-            Target::aac,
-            SizeOption::original};
-}
 
 /// Meant to be half a second; the machine may be busy.
 constexpr double soon = 5;
@@ -60,31 +30,8 @@ bool plant(const fs::path& path, const std::string& contents) {
 
 } // namespace
 
-struct Scene {
-    const char* name;
-    LongWay (*way)();
-};
-
-/// What the list of tests shows.
-void PrintTo(const Scene& scene, std::ostream* out) {
-    *out << scene.name;
-}
-
-class Interruption : public testing::TestWithParam<Scene> {
+class Interruption : public LongConversion {
 protected:
-    void SetUp() override {
-        const LongWay way = GetParam().way();
-        m_source = makeSource(m_folder.path(), "source.mov", way.source);
-        m_contents = readFile(m_source);
-        m_out = makeOutputFolder(m_folder.path());
-        m_request = {.source = m_source,
-                     .info = Converter::analyze(m_source),
-                     .target = way.target,
-                     .output = m_out / "out",
-                     .size = way.size};
-    }
-    void TearDown() override { EXPECT_TRUE(readFile(m_source) == m_contents); }
-
     /// Stops at the first report of at least `fraction`.
     void stopFrom(double fraction) {
         std::stop_source stop;
@@ -104,12 +51,6 @@ protected:
         RecordProperty("milliseconds", static_cast<int>(taken.count() * 1000));
         EXPECT_EQ(namesIn(m_out), std::vector<std::string>());
     }
-
-    TempFolder m_folder;
-    fs::path m_source;
-    fs::path m_out;
-    std::string m_contents;
-    ConversionRequest m_request;
 };
 
 TEST_P(Interruption, AStopBeforeTheStartDoesNothing) {
@@ -173,9 +114,6 @@ TEST_P(Interruption, ANameThatIsTakenMeanwhileIsAnError) {
     EXPECT_TRUE(std::is_sorted(done.progress.begin(), done.progress.end()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, Interruption,
-                         testing::Values(Scene{"Copy", &longCopy}, Scene{"Encode", &longEncode},
-                                         Scene{"Transcode", &longTranscode}),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Ways, Interruption, testing::ValuesIn(longWays), LongWay::nameOf);
 
 } // namespace boxlift::test

@@ -175,8 +175,11 @@ TEST_F(WorkerEngineTest, TakesNoDescriptors) {
     };
     EXPECT_EQ(analyze("film"), "AAC · 0:03");
     const auto before = count();
-    EXPECT_EQ(analyze("descriptors"), "AAC · 0:03");
-    EXPECT_EQ(count(), before);
+    constexpr int times = 20;
+    for (int i = 0; i < times; ++i)
+        EXPECT_EQ(analyze("descriptors"), "AAC · 0:03");
+    // Workers are started ahead meanwhile.
+    EXPECT_LT(count(), before + times);
 }
 
 TEST_F(WorkerEngineTest, SaysOnceWhatTheSystemLacks) {

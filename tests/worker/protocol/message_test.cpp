@@ -92,7 +92,8 @@ TEST(WorkerReport, IsRefusedWhenItMakesNoSense) {
 }
 
 TEST(WorkerMessage, IsRefusedWhereverItIsCut) {
-    const Bytes request = encode(Request(ConvertRequest{.source = "/in/a", .info = film}));
+    const Bytes request = encode(
+        Request(ConvertRequest{"/in/a", film, Target::mp4, SizeOption::original, true, "/out/a"}));
     for (std::size_t size = 0; size < request.size(); ++size)
         EXPECT_THROW(decodeRequest(std::span(request).first(size)), MalformedMessage) << size;
     const Bytes report = encode(Report(film));
