@@ -231,10 +231,11 @@ void grow(Bytes& index, const Nest& nest, const Bytes& added) {
     index.insert(index.begin() + end, added.begin(), added.end());
 }
 
-void extend(Bytes& index, const Nest& nest, const Bytes& added) {
-    const auto type = static_cast<FourCharCode>(numberIn(std::span(added).subspan(4), 4));
-    if (!hasBox(index, nest.back(), type))
-        grow(index, nest, added);
+void extend(Bytes& index, const Nest& nest, Bytes added) {
+    forEachBox(added, [&](FourCharCode type, Contents contents) {
+        if (!hasBox(index, nest.back(), type))
+            grow(index, nest, box_bytes::box(type, contents));
+    });
 }
 
 void changeSampleEntry(Bytes& index, const IndexChanges::Track& track) {
