@@ -74,7 +74,8 @@ std::string withLargeSamples(std::string_view tables, std::uint64_t start, std::
     return edited.substr(0, edited.find("stco") - 4) + box("co64", u32(0) + u32(1) + u64(start));
 }
 
-/// Makes each picture of a movie of one track, whose index is at the end, `size` bytes of a hole.
+/// Makes each H.264 picture of a movie of one track, whose index is at the end, `size` bytes of a
+/// hole.
 void inflate(const fs::path& path, std::uint64_t size, std::uint64_t count) {
     const std::string contents = readFile(path);
     const auto boxes = topLevelBoxes(path);
@@ -87,9 +88,10 @@ void inflate(const fs::path& path, std::uint64_t size, std::uint64_t count) {
         [&](std::string_view box) { return withLargeSamples(box, media, size, count); });
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << start << u32(1) << "mdat" << u64(16 + size * count);
-    // So that no picture passes for another one.
+    // Each is a key frame's unit, with a number so that it does not pass for another one.
     for (std::uint64_t i = 0; i < count; ++i)
-        file.seekp(static_cast<std::streamoff>(media + i * size)) << u64(i + 1);
+        file.seekp(static_cast<std::streamoff>(media + i * size))
+            << u32(size - 4) << '\x65' << u64(i);
     file.seekp(static_cast<std::streamoff>(media + size * count)) << index;
 }
 
@@ -102,7 +104,7 @@ TEST(LongFile, IsCopiedIntoOneOfMoreThanFourGibibytes) {
     constexpr std::uint64_t pictureSize = 16'000'000;
     constexpr std::uint64_t pictures = 300;
     const TempFolder folder;
-    MediaSpec spec{.format = "mov", .seconds = 12, .video = {{.codec = "mpeg4"}}};
+    MediaSpec spec{.format = "mov", .seconds = 12, .video = {{}}};
     const fs::path source = makeSource(folder.path(), "source.mov", spec);
     ASSERT_NO_FATAL_FAILURE(inflate(source, pictureSize, pictures));
     const auto before = probe(source).video().payloadHashes();
