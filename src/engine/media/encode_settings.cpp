@@ -23,7 +23,7 @@ constexpr std::array presets{
     PresetRow{ExportPreset::AVAssetExportPreset1280x720, {1280, 720}},
 };
 
-// Quality and effort were chosen on 23 of 84 real progressive clips, among them the hardest and the
+// Quality and effort were chosen on 23 of 83 real progressive clips, among them the hardest and the
 // longest (32x18 to 1280x720, 25 kbit/s to 16 Mbit/s; six were repeated to last twelve seconds), by
 // the mean structural similarity of the first forty pictures' luminance to the source's, which
 // shall be 0.98. Size is the geometric mean of output by source; the modes of adaptive quantisation
