@@ -89,11 +89,11 @@ rowAac60() { turns=1 tellAac 60 1.85; }
 reencodeOurs() { convert --target mp4 --size "$size" "$work/film.mov"; }
 reencodePeer() {
     ffmpeg -v error -y -i "$work/film.mov" -vf "scale=-2:$height" -c:v libx264 -preset veryfast \
-        -crf 20 -maxrate "$rate" -bufsize "$buffer" -profile:v high -pix_fmt yuv420p \
+        -crf 17 -maxrate "$rate" -bufsize "$buffer" -profile:v high -pix_fmt yuv420p \
         -c:a aac -b:a 256k "$work/peer.mp4"
 }
 reencodeHandBrake() {
-    HandBrakeCLI -i "$work/film.mov" -o "$work/peer.mp4" -e x264 --encoder-preset veryfast -q 20 \
+    HandBrakeCLI -i "$work/film.mov" -o "$work/peer.mp4" -e x264 --encoder-preset veryfast -q 17 \
         --encoder-profile high -x "vbv-maxrate=${rate%k}:vbv-bufsize=${buffer%k}" \
         --maxHeight "$height" --maxWidth 1920 -E av_aac -B 256
 }

@@ -111,6 +111,21 @@ TEST_F(Kept, SoundThatIsLiftedOutOfAFilmWithItsCover) {
     }
 }
 
+TEST_F(Kept, SoundThatIsLiftedOutOfAQuickTimeFilm) {
+    for (const char* codec : {"aac", "alac"}) {
+        MediaSpec spec{.format = "mov", .video = {{}}, .audio = {{.codec = codec}}};
+        spec.metadata = {{"title", "A Title"}, {"artist", "Somebody"}};
+        make(spec);
+        const ProbedFile source = probe(m_request.source);
+        const ProbedFile output = convertTo(Target::m4a, Mode::boxlift);
+        EXPECT_EQ(output.streams.size(), 1U);
+        EXPECT_EQ(output.audio().codec, codec);
+        EXPECT_EQ(output.audio().payloadHashes(), source.audio().payloadHashes());
+        EXPECT_EQ(output.metadata.at("title"), "A Title");
+        EXPECT_EQ(output.metadata.at("artist"), "Somebody");
+    }
+}
+
 TEST_F(Kept, EveryOrientationInCopiesAndEncodings) {
     for (const int rotation : {0, 90, 180, 270})
         for (const bool mirrored : {false, true}) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 
 #include <gtest/gtest.h>
@@ -60,7 +61,65 @@ void insertHole(const fs::path& path, std::uint64_t size) {
     file << contents.substr(start.size(), index - start.size()) << moved;
 }
 
+/// Tables of one chunk at `start`, of `count` samples of `size` bytes each.
+std::string withLargeSamples(std::string_view tables, std::uint64_t start, std::uint64_t size,
+                             std::uint64_t count) {
+    constexpr std::array<std::string_view, 1> sizes{"stsz"};
+    constexpr std::array<std::string_view, 1> chunks{"stsc"};
+    std::string edited = media::test::editBox(
+        tables, sizes, [&](std::string_view) { return u32(0) + u32(size) + u32(count); });
+    edited = media::test::editBox(edited, chunks, [&](std::string_view) {
+        return u32(0) + u32(1) + u32(1) + u32(count) + u32(1);
+    });
+    return edited.substr(0, edited.find("stco") - 4) + box("co64", u32(0) + u32(1) + u64(start));
+}
+
+/// Makes each H.264 picture of a movie of one track, whose index is at the end, `size` bytes of a
+/// hole.
+void inflate(const fs::path& path, std::uint64_t size, std::uint64_t count) {
+    const std::string contents = readFile(path);
+    const auto boxes = topLevelBoxes(path);
+    ASSERT_EQ(boxes.back().type, "moov");
+    const std::string start = contents.substr(0, boxes.front().size);
+    const std::uint64_t media = start.size() + 16;
+    constexpr std::array<std::string_view, 5> tables{"moov", "trak", "mdia", "minf", "stbl"};
+    const std::string index = media::test::editBox(
+        contents.substr(boxes.back().offset), tables,
+        [&](std::string_view box) { return withLargeSamples(box, media, size, count); });
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << start << u32(1) << "mdat" << u64(16 + size * count);
+    // Each is a key frame's unit, with a number so that it does not pass for another one.
+    for (std::uint64_t i = 0; i < count; ++i)
+        file.seekp(static_cast<std::streamoff>(media + i * size))
+            << u32(size - 4) << '\x65' << u64(i);
+    file.seekp(static_cast<std::streamoff>(media + size * count)) << index;
+}
+
 } // namespace
+
+// Writes 10 GB, so only where that is asked for.
+TEST(LongFile, IsCopiedIntoOneOfMoreThanFourGibibytes) {
+    if (!std::getenv("BOXLIFT_LARGE"))
+        GTEST_SKIP() << "BOXLIFT_LARGE is not set";
+    constexpr std::uint64_t pictureSize = 16'000'000;
+    constexpr std::uint64_t pictures = 300;
+    const TempFolder folder;
+    MediaSpec spec{.format = "mov", .seconds = 12, .video = {{}}};
+    const fs::path source = makeSource(folder.path(), "source.mov", spec);
+    ASSERT_NO_FATAL_FAILURE(inflate(source, pictureSize, pictures));
+    const auto before = probe(source).video().payloadHashes();
+    ASSERT_EQ(before.size(), pictures);
+    const fs::path output = makeOutputFolder(folder.path()) / "out";
+    for (const Target target : {Target::mp4, Target::mov}) {
+        const auto done = convert(requestFor(source, target, output), {}, std::chrono::minutes(5));
+        EXPECT_EQ(done.mode, Mode::boxlift) << done.sentence;
+        EXPECT_GT(fs::file_size(output), pictureSize * pictures);
+        const ProbedFile copy = probe(output);
+        EXPECT_EQ(copy.video().payloadHashes(), before);
+        EXPECT_NEAR(copy.durationSeconds.value(), 12, 0.01);
+        fs::remove(output);
+    }
+}
 
 TEST(LongFile, IsConvertedWhenItsMediaLiesBehindFourGibibytes) {
     constexpr std::uint64_t hole = 5'000'000'000;

@@ -28,7 +28,7 @@ struct DecodedAudio {
 /// lies beyond it is cut off. Throws std::runtime_error, std::out_of_range.
 DecodedAudio decodeAudio(const std::filesystem::path& path, std::size_t number = 0);
 
-/// The luma plane of a picture in 8 bits, not turned.
+/// The luma plane of a picture in 8 bits and limited range, not turned.
 struct LumaFrame {
     int width = 0;
     int height = 0;

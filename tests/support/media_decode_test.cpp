@@ -74,6 +74,14 @@ TEST_F(MediaDecode, ReturnsStoredLumaUnchanged) {
     EXPECT_EQ(exact[7].luma.size(), 160U * 120U);
 }
 
+TEST_F(MediaDecode, BringsFullRangeToLimited) {
+    const auto limited = decodeVideo(make({.format = "mov", .video = {{.codec = "ffv1"}}}));
+    const auto full = decodeVideo(
+        make({.format = "mov",
+              .video = {{.pixelFormat = "yuvj420p", .encoderOptions = {{"crf", "1"}}}}}));
+    EXPECT_GT(ssim(limited.at(7), full.at(7)), 0.999);
+}
+
 TEST_F(MediaDecode, StopsAtTheAskedNumberOfFrames) {
     EXPECT_EQ(decodeVideo(make({.video = {{}}}), {.maxFrames = 3}).size(), 3U);
 }

@@ -7,13 +7,13 @@ namespace boxlift::test {
 
 namespace {
 
-/// True when the first plane is luma in bytes.
+/// True when the first plane is luma in bytes, in limited range.
 bool hasPlainLuma(const AVFrame& frame) {
     const AVPixFmtDescriptor* format =
         av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
     constexpr std::uint64_t other = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL;
-    return (format->flags & other) == 0 && format->comp[0].depth == 8 &&
-           format->comp[0].step == 1 && format->comp[0].plane == 0;
+    return (format->flags & other) == 0 && frame.color_range != AVCOL_RANGE_JPEG &&
+           format->comp[0].depth == 8 && format->comp[0].step == 1 && format->comp[0].plane == 0;
 }
 
 libav::FramePtr convert(const AVFrame& frame, int width, int height) {

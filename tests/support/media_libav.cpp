@@ -57,11 +57,21 @@ FramePtr makeFrame() {
 
 ScalerPtr makeScaler(const AVFrame& from, const AVFrame& to) {
     constexpr int flags = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_BITEXACT;
-    return ScalerPtr(
-        require(sws_getContext(from.width, from.height, static_cast<AVPixelFormat>(from.format),
-                               to.width, to.height, static_cast<AVPixelFormat>(to.format), flags,
-                               nullptr, nullptr, nullptr),
-                "convert a picture"));
+    ScalerPtr scaler(require(sws_alloc_context(), "convert a picture"));
+    const auto set = [&scaler](const char* name, int value) {
+        check(av_opt_set_int(scaler.get(), name, value, 0), "convert a picture");
+    };
+    set("srcw", from.width);
+    set("srch", from.height);
+    set("src_format", from.format);
+    // Tagged, where the format does not say it already.
+    set("src_range", from.color_range == AVCOL_RANGE_JPEG ? 1 : 0);
+    set("dstw", to.width);
+    set("dsth", to.height);
+    set("dst_format", to.format);
+    set("sws_flags", flags);
+    check(sws_init_context(scaler.get(), nullptr, nullptr), "convert a picture");
+    return scaler;
 }
 
 ResamplerPtr makeConverter(const AVChannelLayout& layout, int sampleRate, AVSampleFormat from,
@@ -126,15 +136,18 @@ void markInterlacedTopFirst(AVFrame& frame) {
 #endif
 }
 
-std::span<const std::int32_t> readDisplayMatrix(const AVStream& stream) {
+const std::uint8_t* sideData(const AVStream& stream, AVPacketSideDataType type) {
 #if LIBAVFORMAT_VERSION_INT >= AV_VERSION_INT(60, 15, 100)
-    const AVPacketSideData* found =
-        av_packet_side_data_get(stream.codecpar->coded_side_data,
-                                stream.codecpar->nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX);
-    const std::uint8_t* data = found != nullptr ? found->data : nullptr;
+    const AVPacketSideData* found = av_packet_side_data_get(
+        stream.codecpar->coded_side_data, stream.codecpar->nb_coded_side_data, type);
+    return found != nullptr ? found->data : nullptr;
 #else
-    const std::uint8_t* data = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    return av_stream_get_side_data(&stream, type, nullptr);
 #endif
+}
+
+std::span<const std::int32_t> readDisplayMatrix(const AVStream& stream) {
+    const std::uint8_t* data = sideData(stream, AV_PKT_DATA_DISPLAYMATRIX);
     if (data == nullptr) {
         return {};
     }

@@ -11,6 +11,8 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
+#include <libavutil/spherical.h>
+#include <libavutil/stereo3d.h>
 #include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
@@ -79,6 +81,8 @@ Options toOptions(const AVDictionary* dictionary);
 std::vector<AVPixelFormat> pixelFormats(const AVCodec& codec);
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec);
 void markInterlacedTopFirst(AVFrame& frame);
+/// What the container says of the stream beside its parameters; null where it says nothing.
+const std::uint8_t* sideData(const AVStream& stream, AVPacketSideDataType type);
 /// The nine numbers of the stream's display matrix; empty when it has none.
 std::span<const std::int32_t> readDisplayMatrix(const AVStream& stream);
 void writeDisplayMatrix(AVStream& stream, std::span<const std::int32_t, 9> matrix);

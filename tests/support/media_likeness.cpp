@@ -25,7 +25,7 @@ bool isPlain(const ProbedStream& video) {
                           video.sampleAspect.numerator == 0;
     const bool isMeasurable = std::min(video.width, video.height) >= smallestSide;
     return isProgressive && isStandard && isSquare && isMeasurable &&
-           video.pixelFormat == "yuv420p";
+           video.pixelFormat == "yuv420p" && video.colour.matrix != "gbr";
 }
 
 std::optional<double> likeness(const std::filesystem::path& source,

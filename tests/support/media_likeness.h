@@ -8,7 +8,8 @@
 namespace boxlift::test {
 
 /// Whether a picture track's luma means in an encoding what it means in the source: progressive, in
-/// the standard range, in 8 bits of 4:2:0 and with square pixels.
+/// the standard range, in 8 bits of 4:2:0 (a track may say so and be tagged as RGB, which it is
+/// then) and with square pixels.
 bool isPlain(const ProbedStream& video);
 
 /// The mean structural similarity of an encoding's first pictures to its source's, scaled to the

@@ -88,6 +88,18 @@ std::optional<DisplayMatrix> matrixOf(const AVStream& stream) {
     return DisplayMatrix{real(0), real(1), real(3), real(4), real(6), real(7)};
 }
 
+std::string projectionOf(const AVStream& stream) {
+    const auto* data = libav::sideData(stream, AV_PKT_DATA_SPHERICAL);
+    const auto* mapping = reinterpret_cast<const AVSphericalMapping*>(data);
+    return mapping != nullptr ? av_spherical_projection_name(mapping->projection) : "";
+}
+
+std::string stereoOf(const AVStream& stream) {
+    const auto* data = libav::sideData(stream, AV_PKT_DATA_STEREO3D);
+    const auto* stereo = reinterpret_cast<const AVStereo3D*>(data);
+    return stereo != nullptr ? av_stereo3d_type_name(stereo->type) : "";
+}
+
 void describeVideo(const AVStream& stream, ProbedStream& probed) {
     const AVCodecParameters& parameters = *stream.codecpar;
     probed.width = parameters.width;
@@ -99,6 +111,8 @@ void describeVideo(const AVStream& stream, ProbedStream& probed) {
     probed.pixelFormat =
         orEmpty(av_get_pix_fmt_name(static_cast<AVPixelFormat>(parameters.format)));
     probed.displayMatrix = matrixOf(stream);
+    probed.projection = projectionOf(stream);
+    probed.stereo = stereoOf(stream);
     probed.colour = coloursOf(parameters);
     probed.fieldOrder = toText(parameters.field_order);
 }

@@ -49,6 +49,10 @@ struct ProbedStream {
     Ratio averageFrameRate{};
     std::string pixelFormat{};
     std::optional<DisplayMatrix> displayMatrix{};
+    /// How the pictures are to be projected around the viewer, and which eye sees what, as FFmpeg
+    /// names it ("equirectangular", "top and bottom"); empty where untold.
+    std::string projection{};
+    std::string stereo{};
     /// Empty where untagged.
     ColourTags colour{};
     /// "progressive", "tt", "bb", "tb", "bt" or "unknown".

@@ -73,6 +73,60 @@ TEST(Losses, AreTracksThatAreGone) {
     EXPECT_EQ(causesOf(source, output, copyTo(Target::m4a)), Causes{"timecode"});
 }
 
+TEST(Losses, AreDatesThatAreGoneAndOddOnesByAnotherName) {
+    const auto lossOf = [](const char* date) {
+        return causesOf(file({{"creation_time", date}}), file(), copyTo(Target::mp4));
+    };
+    EXPECT_EQ(lossOf("2021-02-03T04:05:06.000000Z"), Causes{"tag"});
+    EXPECT_EQ(lossOf("14:36:22"), Causes{"odd date"});
+    EXPECT_EQ(lossOf("1970-01-01T00:00:00.000000Z"), Causes{"odd date"});
+}
+
+TEST(Losses, AreKeysOfOtherProgramsThanTheKnownOne) {
+    const auto lossOf = [](const char* key) {
+        return causesOf(file({{key, "words"}}), file(), copyTo(Target::mp4));
+    };
+    EXPECT_EQ(lossOf("com.apple.finalcutstudio.media.uuid"), Causes{"key of one program"});
+    EXPECT_EQ(lossOf("com.apple.quicktime.content.identifier"), Causes{"tag"});
+}
+
+TEST(Losses, AreSubtitlesBesideSound) {
+    auto source = file();
+    source.streams = {stream(test::StreamKind::audio, "aac"),
+                      stream(test::StreamKind::subtitle, "mov_text")};
+    auto output = file();
+    output.streams = {source.streams[0]};
+    EXPECT_EQ(causesOf(source, output, copyTo(Target::m4a)), Causes{"text beside sound"});
+    EXPECT_EQ(causesOf(source, output, copyTo(Target::mov)), Causes{"subtitles"});
+}
+
+TEST(Losses, AreChannelsAndRatesThatAnEncodingHasNot) {
+    auto source = file();
+    source.streams = {stream(test::StreamKind::audio, "pcm_s24le")};
+    auto output = file();
+    output.streams = {stream(test::StreamKind::audio, "aac")};
+    source.streams[0].channels = 8;
+    output.streams[0].channels = 6;
+    source.streams[0].sampleRate = 192000;
+    output.streams[0].sampleRate = 48000;
+    Outcome outcome = copyTo(Target::mp4);
+    outcome.mode = Mode::reencode;
+    EXPECT_EQ(causesOf(source, output, outcome), (Causes{"folded channels", "high sample rate"}));
+}
+
+TEST(Losses, AreWaysOfProjectionThatAreGone) {
+    auto source = file();
+    source.streams = {stream(test::StreamKind::video, "h264")};
+    auto output = source;
+    source.streams[0].projection = "equirectangular";
+    source.streams[0].stereo = "top and bottom";
+    for (const Mode mode : {Mode::boxlift, Mode::reencode}) {
+        Outcome outcome = copyTo(Target::mp4);
+        outcome.mode = mode;
+        EXPECT_EQ(causesOf(source, output, outcome), (Causes{"projection", "stereo"}));
+    }
+}
+
 TEST(Losses, AreListedAsUnexplainedWithoutAReason) {
     ASSERT_NE(reasonFor("timecode"), nullptr);
     ASSERT_EQ(reasonFor("tracks"), nullptr);

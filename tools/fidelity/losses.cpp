@@ -64,6 +64,12 @@ bool isNumber(const std::string& text) {
     return !text.empty() && text.find_first_not_of("0123456789.-") == std::string::npos;
 }
 
+/// Not a day, or the beginning of the computer's time.
+bool isOddDate(const std::string& text) {
+    const bool isDay = text.size() >= 10 && text[4] == '-' && text[7] == '-';
+    return !isDay || startsWith(text, "1970-01-01T00:00:00");
+}
+
 bool isFilled(const ProbedStream& stream) {
     return !stream.packets.empty();
 }
@@ -122,11 +128,11 @@ private:
     void addTag(const std::string& key, const std::string& value) {
         if (startsWith(key, "com.") && isNumber(value))
             add("numbered key", key);
-        else if (startsWith(key, "com."))
+        else if (startsWith(key, "com.apple.finalcutstudio."))
             add("key of one program", key);
         else if (startsWith(key, "id3v2_priv."))
             add("private tag", key);
-        else if (key == "creation_time")
+        else if (key == "creation_time" && isOddDate(value))
             add("odd date", value);
         else if ((key == "track" || key == "disc") && !isNumber(value.substr(0, 1)))
             add("odd number", value);
@@ -218,6 +224,10 @@ private:
         for (const double difference : differences)
             if (std::abs(difference) > 0.001)
                 add(std::abs(area - 1) > 0.001 ? "stretching matrix" : "orientation");
+        if (before.projection != after.projection)
+            add("projection", before.projection);
+        if (before.stereo != after.stereo)
+            add("stereo", before.stereo);
         if (m_outcome.mode == Mode::boxlift)
             compareDescription(before, after);
     }

@@ -27,9 +27,9 @@ constexpr std::string_view introduction =
 constexpr std::string_view fallbackIntroduction =
     "## Planned as copies, encoded\n\n"
     "The plan looks at the codecs of the first tracks alone. QuickTime files cannot hold AV1, VP8, "
-    "VP9, Opus\nand FLAC; another track may not fit either; a track whose edits show several "
-    "stretches is put together by\nencoding, and so is one without time stamps or without its "
-    "decoder's header.\n\n";
+    "VP9, Opus\nand FLAC; none of the three types holds AAC in the framing of broadcasts (LATM); "
+    "another track may not fit\neither; a track whose edits show several stretches is put together "
+    "by encoding, and so is one without time\nstamps or without its decoder's header.\n\n";
 
 /// A table's cell: what would end it or the table is taken away.
 std::string cell(const std::string& text) {

@@ -1,5 +1,6 @@
 #include "engine/media/audio_converter.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "engine/media/audio_mix_matrix.h"
@@ -8,6 +9,9 @@
 namespace boxlift::media {
 
 namespace {
+
+/// More samples than the resampler's filter has, which is as long as the rates are far apart.
+constexpr int filterRoom = 4096;
 
 /// The addresses of a frame's planes, `skip` samples in.
 std::vector<const std::uint8_t*> planes(const AVFrame& frame, int skip) {
@@ -38,8 +42,23 @@ void AudioConverter::convert(const AVFrame& frame, int skip, const Sink& sink) {
 void AudioConverter::flush(const Sink& sink) {
     if (!m_resampler)
         return;
-    pull(nullptr, 0, sink);
+    if (m_taken > 0 && m_given == 0)
+        flushShort(sink);
+    else
+        pull(nullptr, 0, sink);
     m_resampler.reset();
+}
+
+void AudioConverter::flushShort(const Sink& sink) {
+    // Sound that is shorter than the filter does not come out by itself: silence pushes it out.
+    av::check(swr_inject_silence(m_resampler.get(), filterRoom), av::Operation::decode,
+              "convert audio", m_path);
+    const auto length = static_cast<int>(
+        av_rescale_rnd(m_taken, m_to.sampleRate, m_source.sampleRate, AV_ROUND_UP));
+    pull(nullptr, 0, [&](av::FramePtr frame) {
+        frame->nb_samples = std::min(frame->nb_samples, length);
+        sink(std::move(frame));
+    });
 }
 
 void AudioConverter::open(const Source& source) {
@@ -57,6 +76,7 @@ void AudioConverter::open(const Source& source) {
         setMatrix(from);
     av::check(swr_init(resampler), av::Operation::decode, "set up audio conversion", m_path);
     m_source = source;
+    m_taken = m_given = 0;
 }
 
 void AudioConverter::setMatrix(const ChannelLayout& from) {
@@ -69,6 +89,7 @@ void AudioConverter::setMatrix(const ChannelLayout& from) {
 void AudioConverter::pull(const std::uint8_t** input, int count, const Sink& sink) {
     const int room = av::check(swr_get_out_samples(m_resampler.get(), count), av::Operation::decode,
                                "convert audio", m_path);
+    m_taken += count;
     if (room == 0)
         return;
     av::FramePtr frame = av::makeFrame();
@@ -80,6 +101,7 @@ void AudioConverter::pull(const std::uint8_t** input, int count, const Sink& sin
     frame->nb_samples =
         av::check(swr_convert(m_resampler.get(), frame->extended_data, room, input, count),
                   av::Operation::decode, "convert audio", m_path);
+    m_given += frame->nb_samples;
     if (frame->nb_samples > 0)
         sink(std::move(frame));
 }

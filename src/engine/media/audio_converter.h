@@ -44,11 +44,15 @@ private:
     void open(const Source& source);
     void setMatrix(const ChannelLayout& from);
     void pull(const std::uint8_t** input, int count, const Sink& sink);
+    void flushShort(const Sink& sink);
 
     AudioFormat m_to;
     std::filesystem::path m_path;
     Source m_source;
     av::SwrPtr m_resampler;
+    /// Samples that went into the resampler and that came out.
+    std::int64_t m_taken = 0;
+    std::int64_t m_given = 0;
 };
 
 } // namespace boxlift::media

@@ -4,6 +4,8 @@
 #include <array>
 #include <bit>
 
+#include "engine/media/av/conversion.h"
+#include "engine/media/error.h"
 #include "engine/media/source_check.h"
 
 namespace boxlift::media {
@@ -75,6 +77,9 @@ void AudioTrackDecoder::decodeMore() {
     if (m_conformer.isComplete() || !m_source->next(*m_packet))
         return finish();
     const av::PacketUnref guard{*m_packet};
+    if (m_packet->pts != AV_NOPTS_VALUE)
+        m_packetsEnd = std::max(m_packetsEnd, av::toTime(m_packet->pts + m_packet->duration,
+                                                         m_source->stream(m_stream).time_base));
     m_decoder.push(*m_packet, [this](const AVFrame& frame, Time at) {
         m_conformer.push(frame, at, [this](AudioRun run) { m_runs.push_back(std::move(run)); });
     });
@@ -85,8 +90,15 @@ void AudioTrackDecoder::finish() {
     m_decoder.finish([&](const AVFrame& frame, Time at) { m_conformer.push(frame, at, keep); });
     m_conformer.finish(keep);
     m_isAtEnd = true;
-    if (m_source->isDeclared())
-        checkDeclaredEnd(m_source->range(m_stream).end(), m_conformer.end(), m_source->path());
+    checkEnd();
+}
+
+void AudioTrackDecoder::checkEnd() const {
+    if (!m_source->isDeclared() || !endsEarly(m_source->range(m_stream).end(), m_conformer.end()))
+        return;
+    checkDeclaredEnd(m_source->range(m_stream).end(), m_packetsEnd, m_source->path());
+    throw Error(ErrorKind::cannotDecode, "decode audio", m_source->path(),
+                "the packets are all there and give too little sound");
 }
 
 } // namespace boxlift::media

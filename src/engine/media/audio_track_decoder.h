@@ -27,6 +27,7 @@ private:
     std::size_t take(std::span<float> into);
     void decodeMore();
     void finish();
+    void checkEnd() const;
 
     std::unique_ptr<PacketSource> m_source;
     int m_stream;
@@ -37,6 +38,8 @@ private:
     /// Decoded, not yet read; the first from m_taken samples on.
     std::deque<AudioRun> m_runs;
     std::int64_t m_taken = 0;
+    /// Where the sound of the packets read so far ends, by their own word.
+    Time m_packetsEnd = Time::zero();
     bool m_isAtEnd = false;
 };
 

@@ -19,7 +19,8 @@ struct IndexChanges {
         std::string language;
         /// What the first sample entry is called; zero: as it is.
         FourCharCode entryName = 0;
-        /// A box for the end of the track's first sample entry, unless there is one of its type.
+        /// Boxes for the end of the track's first sample entry; of each, unless there is one of its
+        /// type.
         box_bytes::Bytes sampleEntry;
 
         bool empty() const {

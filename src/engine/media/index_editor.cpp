@@ -185,10 +185,11 @@ bool hasBox(Bytes& index, std::size_t entry, FourCharCode type) {
            !find(Contents(index).subspan(entry + firstBox, size - firstBox), type).empty();
 }
 
-void extend(Bytes& index, const Nest& nest, const Bytes& added) {
-    const auto type = static_cast<FourCharCode>(numberIn(std::span(added).subspan(4), 4));
-    if (!hasBox(index, nest.back(), type))
-        grow(index, nest, added);
+void extend(Bytes& index, const Nest& nest, Bytes added) {
+    forEachBox(added, [&](FourCharCode type, Contents contents) {
+        if (!hasBox(index, nest.back(), type))
+            grow(index, nest, box_bytes::box(type, contents));
+    });
 }
 
 void changeSampleEntry(Bytes& index, const IndexChanges::Track& track) {

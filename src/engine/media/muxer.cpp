@@ -11,6 +11,7 @@
 #include "engine/media/extra_metadata.h"
 #include "engine/media/file_metadata.h"
 #include "engine/media/index_room.h"
+#include "engine/media/spherical.h"
 #include "engine/media/stream_copy.h"
 #include "model/cancelled.h"
 
@@ -150,8 +151,10 @@ void Muxer::collectTrackChanges() {
         if (language && m_type == FileType::AVFileTypeQuickTimeMovie)
             track.language = language->value;
         // Of QuickTime files it leaves out what MPEG-4 files are given.
-        if (m_type == FileType::AVFileTypeQuickTimeMovie)
+        if (m_type == FileType::AVFileTypeQuickTimeMovie) {
             track.sampleEntry = dolby_vision::configurationBox(*stream);
+            box_bytes::put(track.sampleEntry, spherical::descriptionBoxes(*stream));
+        }
         if (!track.empty())
             m_changes.tracks.push_back(std::move(track));
     }

@@ -8,6 +8,7 @@
 #include "engine/media/expected_samples.h"
 #include "engine/media/reencode_video.h"
 #include "engine/media/source_check.h"
+#include "engine/media/spherical.h"
 #include "engine/media/stream_copy.h"
 #include "engine/media/text_copy_track.h"
 
@@ -58,6 +59,7 @@ void ReencodeTracks::addVideo(int index, ExportPreset preset,
     stages.encoder->describe(stream);
     copyStreamLabels(stream, source);
     setOrientation(stream, source, turn);
+    spherical::copyDescription(stream, source);
     m_pipeline.addVideo(index, stream.index, std::move(stages));
     remember(index);
 }

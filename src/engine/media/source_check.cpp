@@ -43,11 +43,15 @@ void checkStatedData(const AVFormatContext& context, const InputFile& file) {
                      file.path());
 }
 
-void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path) {
+bool endsEarly(Time declared, Time reached) {
     if (!declared.isValid() || !reached.isValid())
-        return;
+        return false;
     const double tolerance = std::max(1.0, declared.seconds() / 100);
-    if (declared.seconds() - reached.seconds() > tolerance)
+    return declared.seconds() - reached.seconds() > tolerance;
+}
+
+void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path) {
+    if (endsEarly(declared, reached))
         fail(path, "ends at " + std::to_string(reached.seconds()) + " s, declared are " +
                        std::to_string(declared.seconds()) + " s");
 }

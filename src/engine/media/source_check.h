@@ -18,8 +18,11 @@ void checkIndexedSamples(const AVFormatContext& context, std::span<const int> st
 /// that its header states: by more than the larger of one second and one per cent.
 void checkStatedData(const AVFormatContext& context, const InputFile& file);
 
-/// Throws media::Error (sourceEndsEarly) when a track whose container declares its end has really
-/// ended earlier than that by more than the larger of one second and one per cent.
+/// Whether a track whose container declares its end has really ended earlier than that by more than
+/// the larger of one second and one per cent; false when one of the two is unknown.
+bool endsEarly(Time declared, Time reached);
+
+/// Throws media::Error (sourceEndsEarly) when it does.
 void checkDeclaredEnd(Time declared, Time reached, const std::filesystem::path& path);
 
 } // namespace boxlift::media

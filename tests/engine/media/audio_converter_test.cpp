@@ -133,6 +133,19 @@ TEST(AudioConverter, DoesNotShiftWhatItResamples) {
     EXPECT_LT(worst, 0.001);
 }
 
+TEST(AudioConverter, KeepsSoundThatIsShorterThanItsFilter) {
+    const auto half = [](int, std::int64_t) { return 0.5; };
+    for (const int rate : {8000, 48000, 192000})
+        for (const int count : {1, 2, 9, 40}) {
+            Output output(stereo44100);
+            output.add(*makeFrame({"mono", rate}, count, half)).flush();
+            const double length = std::ceil(count * 44100.0 / rate);
+            EXPECT_NEAR(static_cast<double>(output.length()), length, 1) << count << " at " << rate;
+            // What is lower than the new rate can tell is lost of a click.
+            EXPECT_GT(output.peak(0), 0.4 * std::min(1.0, count * 44100.0 / rate));
+        }
+}
+
 TEST(AudioConverter, StartsAnewWhenTheSourceChangesItsFormat) {
     Output output(stereo44100);
     output.add(*makeFrame({"mono", 22050}, 22050, tone(440, 0.5, 22050)))

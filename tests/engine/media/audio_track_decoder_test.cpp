@@ -1,11 +1,15 @@
 #include "engine/media/audio_track_decoder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <optional>
 #include <vector>
 
 #include "engine/media/audio_files.h"
+#include "engine/media/error.h"
 #include "model/cancelled.h"
+#include "support/media_boxes.h"
 #include "support/temp_folder.h"
 
 namespace boxlift::media {
@@ -29,6 +33,15 @@ protected:
                            block.begin() + static_cast<std::ptrdiff_t>(count));
         }
         return samples;
+    }
+
+    static std::optional<ErrorKind> failureOf(const std::filesystem::path& path) {
+        try {
+            decode(path, 0);
+        } catch (const Error& error) {
+            return error.kind();
+        }
+        return std::nullopt;
     }
 
     static std::size_t firstSound(const std::vector<float>& samples) {
@@ -87,12 +100,22 @@ TEST_F(AudioTrackDecoderTest, SaysThatASourceEndsEarly) {
     test::MediaSpec spec{.format = "flac", .seconds = 10, .audio = {{.codec = "flac"}}};
     BOXLIFT_MAKE_MEDIA(path("in.flac"), spec);
     test::truncateFile(path("in.flac"), 0.8);
-    try {
-        const auto samples = decode(path("in.flac"), 0);
-        FAIL() << "took " << samples.size() << " samples for the whole";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.kind(), ErrorKind::sourceEndsEarly);
-    }
+    EXPECT_EQ(failureOf(path("in.flac")), ErrorKind::sourceEndsEarly);
+}
+
+// All of the file is there, so it is no shorter than it says.
+TEST_F(AudioTrackDecoderTest, SaysThatItCannotDecodeALastThirdOfNonsense) {
+    test::MediaSpec spec{.format = "mov", .seconds = 9, .audio = {{.codec = "aac"}}};
+    BOXLIFT_MAKE_MEDIA(path("in.mov"), spec);
+    ASSERT_EQ(failureOf(path("in.mov")), std::nullopt);
+    std::string bytes = test::readFile(path("in.mov"));
+    const auto boxes = test::topLevelBoxes(path("in.mov"));
+    const auto media = std::ranges::find(boxes, "mdat", &test::Box::type);
+    ASSERT_NE(media, boxes.end());
+    const std::size_t third = media->size / 3;
+    bytes.replace(media->offset + media->size - third, third, third, '\xff');
+    test::writeFile(path("in.mov"), bytes);
+    EXPECT_EQ(failureOf(path("in.mov")), ErrorKind::cannotDecode);
 }
 
 } // namespace

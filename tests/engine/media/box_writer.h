@@ -65,4 +65,15 @@ inline std::string editBox(std::string_view bytes, std::span<const std::string_v
     return result;
 }
 
+/// A movie with boxes added to the end of the sample entry of its first track.
+inline std::string withSampleEntryBoxes(std::string_view movie, const std::string& added) {
+    constexpr std::string_view path[] = {"moov", "trak", "mdia", "minf", "stbl", "stsd"};
+    return editBox(movie, path, [&](std::string_view box) {
+        // A version and the number of entries, then the entry.
+        const std::string entry(box.substr(16));
+        return std::string(box.substr(0, 8)) + u32(entry.size() + 8 + added.size()) +
+               std::string(box.substr(12, 4)) + entry + added;
+    });
+}
+
 } // namespace boxlift::media::test

@@ -150,6 +150,16 @@ TEST(IndexEditor, AddsNoBoxTwiceToASampleEntry) {
     EXPECT_EQ(edited(index, changes), index);
 }
 
+TEST(IndexEditor, AddsWhatIsMissingOfSeveralBoxesToASampleEntry) {
+    const std::string here = box("st3d", "word");
+    const std::string added = box("sv3d", "more");
+    IndexChanges changes;
+    changes.tracks.push_back({1, {}, "", 0, bytesOf(here + added)});
+    const std::string fields(78, 'x');
+    EXPECT_EQ(edited(movie(track(1, media(0, box("avc1", fields + here)))), changes),
+              movie(track(1, media(0, box("avc1", fields + here + added)))));
+}
+
 TEST(IndexEditor, AddsItemsToTheListOfItems) {
     const auto listed = [](const std::string& items) {
         return movie(box("udta", fullBox("meta", 0, box("hdlr", "words") + box("ilst", items)) +

@@ -36,13 +36,7 @@ protected:
         extendSampleEntry(test::box(profile > 7 ? "dvvC" : "dvcC", record));
     }
     void extendSampleEntry(const std::string& added) const {
-        constexpr std::array<std::string_view, 6> path{"moov", "trak", "mdia",
-                                                       "minf", "stbl", "stsd"};
-        writeFile(source(), test::editBox(readFile(source()), path, [&](std::string_view box) {
-                      const std::string entry(box.substr(16));
-                      return std::string(box.substr(0, 8)) + u32(entry.size() + 8 + added.size()) +
-                             std::string(box.substr(12, 4)) + entry + added;
-                  }));
+        writeFile(source(), test::withSampleEntryBoxes(readFile(source()), added));
     }
     std::string configuration() const {
         const std::string bytes = readFile(output());
@@ -115,6 +109,25 @@ TEST_F(PassthroughLabelsTest, KeepTheLightOfHighRange) {
         EXPECT_EQ(copy.video().colour, video.colour);
         EXPECT_EQ(copy.video().payloadHashes(), probe(source()).video().payloadHashes());
     }
+}
+
+TEST_F(PassthroughLabelsTest, KeepHowPicturesAreProjected) {
+    const std::string stereo = test::fullBox("st3d", 0, "\1");
+    const std::string pose = test::fullBox("prhd", 0, u32(0x10000) + u32(0xffff'0000) + u32(0));
+    const std::string layout =
+        test::fullBox("equi", 0, u32(0) + u32(0) + u32(0x4000'0000) + u32(0x4000'0000));
+    const std::string head = test::fullBox("svhd", 0, std::string("maker", 6));
+    MAKE_SOURCE(mediaOf("mp4", {videoOf("libx264")}));
+    extendSampleEntry(stereo + test::box("sv3d", head + test::box("proj", pose + layout)));
+    for (const FileType type : {mp4, mov})
+        for (const bool optimize : {false, true}) {
+            copied(type, *test::openFile(source()), optimize);
+            const std::string bytes = readFile(output());
+            for (const std::string& kept : {stereo, pose, layout}) {
+                EXPECT_NE(bytes.find(kept), std::string::npos) << kept.substr(4, 4);
+                EXPECT_EQ(bytes.find(kept), bytes.rfind(kept)) << "twice";
+            }
+        }
 }
 
 // The library refuses a track of which the samples say another aspect than the container.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "engine/media/box_writer.h"
 #include "engine/media/reencoder.h"
 #include "engine/media/source_fixture.h"
 #include "support/media_boxes.h"
@@ -159,6 +160,24 @@ TEST_F(ReencodeSessionTest, KeepsTheRotationAsMetadata) {
         EXPECT_EQ(file.video().displayMatrix, matrix) << rotation;
         EXPECT_EQ(file.video().width, 160);
         EXPECT_EQ(file.video().height, 120);
+    }
+}
+
+TEST_F(ReencodeSessionTest, TellsHowPicturesAreProjected) {
+    if (!make(withVideo({})))
+        GTEST_SKIP() << missing();
+    const std::string stereo = test::fullBox("st3d", 0, "\2");
+    const std::string pose = test::fullBox("prhd", 0, std::string(12, '\0'));
+    const std::string layout = test::fullBox("equi", 0, std::string(16, '\0'));
+    const std::string head = test::fullBox("svhd", 0, std::string("maker", 6));
+    const std::string boxes = stereo + test::box("sv3d", head + test::box("proj", pose + layout));
+    using boxlift::test::readFile;
+    boxlift::test::writeFile(source(), test::withSampleEntryBoxes(readFile(source()), boxes));
+    for (const FileType type : {FileType::AVFileTypeMPEG4, FileType::AVFileTypeQuickTimeMovie}) {
+        const ProbedFile file =
+            exported({.preset = ExportPreset::AVAssetExportPreset1280x720, .type = type});
+        EXPECT_EQ(file.video().projection, "equirectangular");
+        EXPECT_EQ(file.video().stereo, "side by side");
     }
 }
 
