@@ -173,6 +173,19 @@ std::vector<FourCharCode> readSampleEntries(Span box) {
     return entries;
 }
 
+/// Whether there are references to data and each is to another file.
+bool isAllElsewhere(Span box) {
+    box.skip(4);
+    const std::uint32_t count = std::min(box.u32(), maximumEntries);
+    std::uint32_t elsewhere = 0;
+    forEachBox(box, [&](FourCharCode, Span entry) {
+        constexpr std::uint32_t selfContained = 1;
+        elsewhere += (entry.u32() & selfContained) != 0 ? 0 : 1;
+        return elsewhere < count;
+    });
+    return count > 0 && elsewhere == count;
+}
+
 /// Where a track's boxes may lie, from the track down: bounds how deep a file can lead us.
 struct NestingRow {
     FourCharCode outer;
@@ -184,6 +197,7 @@ constexpr std::array nesting{
     NestingRow{fourCharCode("trak"), fourCharCode("mdia")},
     NestingRow{fourCharCode("mdia"), fourCharCode("minf")},
     NestingRow{fourCharCode("minf"), fourCharCode("stbl")},
+    NestingRow{fourCharCode("minf"), fourCharCode("dinf")},
 };
 
 bool mayLieIn(FourCharCode outer, FourCharCode inner) {
@@ -214,6 +228,8 @@ struct TrackBoxes {
             media = readHeaderTimes(box);
         else if (type == fourCharCode("stsd"))
             track.sampleEntries = readSampleEntries(box);
+        else if (type == fourCharCode("dref"))
+            track.isElsewhere = isAllElsewhere(box);
         else if (mayLieIn(outer, type))
             gather(type, box, movieTimescale);
     }

@@ -12,7 +12,7 @@
 namespace boxlift::media {
 
 /// What a track's boxes say of its place on the movie's timeline and of its protection
-/// (ISO/IEC 14496-12: tkhd 8.3.2, mdhd 8.4.2, stsd 8.5.2, elst 8.6.6).
+/// (ISO/IEC 14496-12: tkhd 8.3.2, mdhd 8.4.2, stsd 8.5.2, elst 8.6.6, dref 8.7.2).
 struct MovieTrack {
     std::uint32_t id = 0;
     /// Length of the media before editing; invalid when it is not told.
@@ -26,6 +26,8 @@ struct MovieTrack {
     Time mediaStart = Time::zero();
     int mediaEdits = 0;
     std::vector<FourCharCode> sampleEntries;
+    /// Whether the samples lie in another file.
+    bool isElsewhere = false;
 };
 
 /// The index of a QuickTime or MPEG-4 file, read with a few small reads: not the sample tables.

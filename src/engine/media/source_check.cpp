@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/media/error.h"
+#include "engine/media/movie_layout.h"
 #include "engine/media/stated_data.h"
 
 namespace boxlift::media {
@@ -14,10 +15,23 @@ namespace {
     throw Error(ErrorKind::sourceEndsEarly, "check source", path, cause);
 }
 
+void checkSamplesAreHere(const AVFormatContext& context, std::span<const int> streams,
+                         const InputFile& file) {
+    const auto layout = MovieLayout::read(file, {});
+    for (const int index : streams) {
+        const auto id = static_cast<std::uint32_t>(context.streams[index]->id);
+        const MovieTrack* track = layout ? layout->track(id) : nullptr;
+        if (track && track->isElsewhere)
+            throw Error(ErrorKind::sourceUnreadable, "check source", file.path(),
+                        "the samples of stream " + std::to_string(index) + " lie in another file");
+    }
+}
+
 } // namespace
 
 void checkIndexedSamples(const AVFormatContext& context, std::span<const int> streams,
                          const InputFile& file) {
+    checkSamplesAreHere(context, streams, file);
     for (const int index : streams) {
         AVStream* stream = context.streams[index];
         const int count = avformat_index_get_entries_count(stream);

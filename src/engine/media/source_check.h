@@ -9,8 +9,8 @@
 
 namespace boxlift::media {
 
-/// Throws media::Error (sourceEndsEarly) when the index of one of the listed streams of a movie
-/// names a sample that lies past the end of the file.
+/// Throws media::Error for one of the listed streams of a movie: sourceUnreadable when its samples
+/// lie in another file, sourceEndsEarly when its index names a sample past the end of this one.
 void checkIndexedSamples(const AVFormatContext& context, std::span<const int> streams,
                          const InputFile& file);
 

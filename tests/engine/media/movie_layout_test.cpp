@@ -112,6 +112,23 @@ TEST_F(MovieLayoutTest, KnowsLengthsThatAreNotTold) {
     EXPECT_FALSE(readTrack("").mediaDuration.isValid());
 }
 
+TEST_F(MovieLayoutTest, KnowsTracksWhoseSamplesLieElsewhere) {
+    const auto references = [](std::initializer_list<int> flags) {
+        std::string contents = u32(flags.size());
+        for (const int flag : flags)
+            contents += box("alis", u32(static_cast<std::uint64_t>(flag)) + "a place");
+        return track(box("mdia", box("minf", box("dinf", fullBox("dref", 0, contents)))));
+    };
+    const auto isElsewhere = [&](std::initializer_list<int> flags) {
+        return read(movie(references(flags)))->tracks.at(0).isElsewhere;
+    };
+    EXPECT_FALSE(isElsewhere({}));
+    EXPECT_FALSE(isElsewhere({1}));
+    EXPECT_TRUE(isElsewhere({0}));
+    EXPECT_FALSE(isElsewhere({0, 1}));
+    EXPECT_TRUE(isElsewhere({0, 0}));
+}
+
 TEST_F(MovieLayoutTest, AddsUpEdits) {
     const MovieTrack found = readTrack(edits({{500, -1}, {250, -1}, {2000, 24000}, {1000, 0}}) +
                                        trackHeader(1) + media(96000));

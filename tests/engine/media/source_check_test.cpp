@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/media/av/demuxer.h"
+#include "engine/media/box_writer.h"
 #include "engine/media/error.h"
 #include "engine/media/source_fixture.h"
 #include "support/media_boxes.h"
@@ -76,6 +77,18 @@ TEST_F(SourceCheckTest, LooksAtTheListedStreamsAlone) {
     EXPECT_EQ(check({1}), std::nullopt);
     EXPECT_EQ(check({}), std::nullopt);
     EXPECT_EQ(check({0, 1}), ErrorKind::sourceEndsEarly);
+}
+
+TEST_F(SourceCheckTest, FindsSamplesThatLieInAnotherFile) {
+    MAKE_SOURCE(movie());
+    constexpr std::string_view path[] = {"moov", "trak", "mdia", "minf", "dinf", "dref"};
+    const std::string bytes = boxlift::test::readFile(source());
+    boxlift::test::writeFile(source(), test::editBox(bytes, path, [](std::string_view) {
+                                 return test::u32(0) + test::u32(1) +
+                                        test::box("url ", test::u32(0) + "other.mov");
+                             }));
+    EXPECT_EQ(check({0}), ErrorKind::sourceUnreadable);
+    EXPECT_NE(check({1}), ErrorKind::sourceUnreadable) << "only the first track's do";
 }
 
 TEST_F(SourceCheckTest, TellsWhichSampleIsMissing) {
