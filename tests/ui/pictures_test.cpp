@@ -77,7 +77,7 @@ TEST_P(Pictures, OfTheEmptyWindow) {
 }
 
 TEST_P(Pictures, OfAList) {
-    show({1000, 900});
+    show({1280, 900});
     fill();
     const QImage picture = keep(QStringLiteral("list"));
     const QColor card(GetParam() ? 0x2b2c31 : 0xffffff);
