@@ -34,7 +34,7 @@ FileDropTarget::FileDropTarget(QQuickItem* parent) : QQuickItem(parent) {
 
 void FileDropTarget::dragEnterEvent(QDragEnterEvent* event) {
     m_urls = event->mimeData()->urls();
-    m_transferKey = FileTransfer::key(*event->mimeData());
+    m_transferKey = file_transfer::key(*event->mimeData());
     setTargeted(m_transferKey || std::any_of(m_urls.begin(), m_urls.end(), isFile));
     if (m_targeted)
         take(*event);
@@ -72,7 +72,7 @@ void FileDropTarget::retrieve(const QString& key, const QList<QUrl>& otherwise) 
         emit dropped(otherwise);
         return;
     }
-    FileTransfer::retrieve(*m_bus, key, this, [this, otherwise](const QList<QUrl>& files) {
+    file_transfer::retrieve(*m_bus, key, this, [this, otherwise](const QList<QUrl>& files) {
         emit dropped(files.isEmpty() ? otherwise : files);
     });
 }

@@ -9,7 +9,7 @@
 #include "queue/file_url.h"
 #include "ui/desktop/bus_call.h"
 
-namespace boxlift::FileTransfer {
+namespace boxlift::file_transfer {
 
 namespace {
 
@@ -47,4 +47,4 @@ void retrieve(const QDBusConnection& bus, const QString& key, QObject* owner,
               [take = std::move(take)](const QDBusMessage& answer) { take(urls(answer)); });
 }
 
-} // namespace boxlift::FileTransfer
+} // namespace boxlift::file_transfer

@@ -15,7 +15,7 @@ namespace boxlift {
 
 /// Files that a drag carries by way of the desktop's documents portal, as it is between programs
 /// of which one is in a sandbox: the drag has a key, the portal has the files.
-namespace FileTransfer {
+namespace file_transfer {
 
 /// The key that the drag has; nothing when it is of another kind.
 std::optional<QString> key(const QMimeData& data);
@@ -25,6 +25,6 @@ std::optional<QString> key(const QMimeData& data);
 void retrieve(const QDBusConnection& bus, const QString& key, QObject* owner,
               std::function<void(const QList<QUrl>&)> take);
 
-} // namespace FileTransfer
+} // namespace file_transfer
 
 } // namespace boxlift
