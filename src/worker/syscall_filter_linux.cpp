@@ -47,6 +47,14 @@ constexpr auto allowed = std::to_array<int>({
 #if defined(__x86_64__)
         SYS_poll, SYS_time,
 #endif
+#if defined(__SANITIZE_ADDRESS__)
+        // Whether an address can be read the sanitizer finds out by writing what is there to a
+        // pipe.
+        SYS_pipe2,
+#if defined(__x86_64__)
+        SYS_pipe,
+#endif
+#endif
 });
 
 /// What libraries try first and do without when there is no such call.
