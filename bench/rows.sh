@@ -156,5 +156,7 @@ rowQueue() { "$root/build/bench/bin/queue_scale" "$@"; }
 
 # The window: a table of its own.
 rowWindow() {
-    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window"
+    makeMusic 10
+    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" \
+        "$work/music-10.flac"
 }
