@@ -4,55 +4,11 @@
 #include <charconv>
 #include <cmath>
 
+#include "model/utf8.h"
+
 namespace boxlift::drive {
 
 namespace {
-
-/// One row of the table of well-formed UTF-8 (Unicode, table 3-7): first bytes, the range of the
-/// second byte, the length. Bytes behind the second are 80 to BF.
-struct Utf8Row {
-    unsigned char firstFrom, firstTo;
-    unsigned char secondFrom, secondTo;
-    std::size_t length;
-};
-
-constexpr auto utf8Rows = std::to_array<Utf8Row>({
-    {0x00, 0x7F, 0x00, 0x00, 1},
-    {0xC2, 0xDF, 0x80, 0xBF, 2},
-    {0xE0, 0xE0, 0xA0, 0xBF, 3},
-    {0xE1, 0xEC, 0x80, 0xBF, 3},
-    {0xED, 0xED, 0x80, 0x9F, 3},
-    {0xEE, 0xEF, 0x80, 0xBF, 3},
-    {0xF0, 0xF0, 0x90, 0xBF, 4},
-    {0xF1, 0xF3, 0x80, 0xBF, 4},
-    {0xF4, 0xF4, 0x80, 0x8F, 4},
-});
-
-bool isWithin(char c, unsigned char from, unsigned char to) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte >= from && byte <= to;
-}
-
-bool startsWith(std::string_view bytes, const Utf8Row& row) {
-    if (bytes.size() < row.length || !isWithin(bytes[0], row.firstFrom, row.firstTo))
-        return false;
-    if (row.length > 1 && !isWithin(bytes[1], row.secondFrom, row.secondTo))
-        return false;
-    for (std::size_t i = 2; i < row.length; ++i) {
-        if (!isWithin(bytes[i], 0x80, 0xBF))
-            return false;
-    }
-    return true;
-}
-
-/// Length of the character at the start of `bytes` (not empty); 0 when there is none.
-std::size_t characterLength(std::string_view bytes) {
-    for (const Utf8Row& row : utf8Rows) {
-        if (startsWith(bytes, row))
-            return row.length;
-    }
-    return 0;
-}
 
 std::string unicodeEscape(unsigned code) {
     constexpr std::string_view digits = "0123456789abcdef";
@@ -66,8 +22,8 @@ std::string escapedCharacter(std::string_view character) {
     const char first = character.front();
     if (first == '"' || first == '\\')
         return std::string("\\") + first;
-    if (isWithin(first, 0x00, 0x1F))
-        return unicodeEscape(static_cast<unsigned char>(first));
+    if (const auto byte = static_cast<unsigned char>(first); byte < 0x20)
+        return unicodeEscape(byte);
     return std::string(character);
 }
 
@@ -76,7 +32,7 @@ std::string escapedCharacter(std::string_view character) {
 std::string jsonText(std::string_view bytes) {
     std::string result = "\"";
     while (!bytes.empty()) {
-        const std::size_t length = characterLength(bytes);
+        const std::size_t length = utf8Length(bytes);
         if (length == 0)
             result += unicodeEscape(0xDC00u + static_cast<unsigned char>(bytes.front()));
         else

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 #include <set>
-#include <string_view>
+#include <utility>
+
+#include "fidelity/tag_losses.h"
 
 namespace boxlift::fidelity {
 
@@ -15,61 +16,6 @@ using test::ProbedFile;
 using test::ProbedStream;
 using test::StreamKind;
 
-/// Keys that tell of the container and its making, not of what is in it.
-constexpr std::array containerKeys{
-    "major_brand", "minor_version", "compatible_brands", "itunsmpb",
-    "timecode",    "vendor_id",     "handler_name",      "gapless_playback",
-};
-
-/// The same thing under another name.
-struct AliasRow {
-    std::string_view key;
-    std::string_view alias;
-};
-
-constexpr std::array aliases{
-    AliasRow{"make", "com.apple.quicktime.make"},
-    AliasRow{"model", "com.apple.quicktime.model"},
-    AliasRow{"location", "com.apple.quicktime.location.iso6709"},
-};
-
-using Tags = std::map<std::string, std::string>;
-
-/// The libraries do not tell capitals in keys apart.
-Tags lowered(const Tags& tags) {
-    Tags result;
-    for (const auto& [key, value] : tags) {
-        std::string name;
-        for (const char letter : key)
-            name += letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-        result.emplace(std::move(name), value);
-    }
-    return result;
-}
-
-/// "01/010" and "1/10" are the same number of numbers.
-std::string withoutLeadingZeros(const std::string& text) {
-    std::string result;
-    for (const char character : text)
-        if (character != '0' || (!result.empty() && result.back() != '/'))
-            result += character;
-    return result;
-}
-
-bool startsWith(const std::string& text, std::string_view start) {
-    return std::string_view(text).starts_with(start);
-}
-
-bool isNumber(const std::string& text) {
-    return !text.empty() && text.find_first_not_of("0123456789.-") == std::string::npos;
-}
-
-/// Not a day, or the beginning of the computer's time.
-bool isOddDate(const std::string& text) {
-    const bool isDay = text.size() >= 10 && text[4] == '-' && text[7] == '-';
-    return !isDay || startsWith(text, "1970-01-01T00:00:00");
-}
-
 bool isFilled(const ProbedStream& stream) {
     return !stream.packets.empty();
 }
@@ -77,11 +23,11 @@ bool isFilled(const ProbedStream& stream) {
 class Comparison {
 public:
     Comparison(const ProbedFile& source, const ProbedFile& output, const Outcome& outcome)
-        : m_source(source), m_output(output), m_outcome(outcome),
-          m_sourceTags(lowered(source.metadata)), m_tags(lowered(output.metadata)) {}
+        : m_source(source), m_output(output), m_outcome(outcome) {}
 
     std::vector<Loss> run() {
-        compareTags();
+        for (Loss& loss : tagLosses(m_source.metadata, m_output.metadata))
+            m_losses.insert(std::move(loss));
         compareChapters();
         comparePictures();
         if (isAudio(m_outcome.target) && m_outcome.mode == Mode::reencode)
@@ -95,51 +41,6 @@ public:
 private:
     void add(std::string cause, std::string detail = {}) {
         m_losses.insert({std::move(cause), std::move(detail)});
-    }
-
-    bool hasTag(const std::string& key, const std::string& value) const {
-        const auto isThere = [&](const std::string& name) {
-            const auto found = m_tags.find(name);
-            return found != m_tags.end() &&
-                   withoutLeadingZeros(found->second) == withoutLeadingZeros(value);
-        };
-        return isThere(key) || std::ranges::any_of(aliases, [&](const AliasRow& row) {
-                   return row.key == key && isThere(std::string(row.alias));
-               });
-    }
-
-    /// "title-eng" beside "title".
-    bool isTranslation(const std::string& key) const {
-        constexpr std::size_t suffix = 4;
-        return key.size() > suffix && key[key.size() - suffix] == '-' &&
-               m_sourceTags.contains(key.substr(0, key.size() - suffix));
-    }
-
-    void compareTags() {
-        for (const auto& [key, value] : m_sourceTags) {
-            const bool isContainers =
-                std::ranges::count(containerKeys, key) > 0 || startsWith(key, "encod");
-            if (!isContainers && !key.empty() && !value.empty() && !hasTag(key, value) &&
-                !isTranslation(key))
-                addTag(key, value);
-        }
-    }
-
-    void addTag(const std::string& key, const std::string& value) {
-        if (startsWith(key, "com.") && isNumber(value))
-            add("numbered key", key);
-        else if (startsWith(key, "com.apple.finalcutstudio."))
-            add("key of one program", key);
-        else if (startsWith(key, "id3v2_priv."))
-            add("private tag", key);
-        else if (key == "creation_time" && isOddDate(value))
-            add("odd date", value);
-        else if ((key == "track" || key == "disc") && !isNumber(value.substr(0, 1)))
-            add("odd number", value);
-        else if (m_tags.contains(key))
-            add("tag with another value", key);
-        else
-            add("tag", key);
     }
 
     void compareChapters() {
@@ -289,8 +190,6 @@ private:
     const ProbedFile& m_source;
     const ProbedFile& m_output;
     const Outcome& m_outcome;
-    Tags m_sourceTags;
-    Tags m_tags;
     std::set<Loss> m_losses;
 };
 

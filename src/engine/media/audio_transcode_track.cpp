@@ -53,7 +53,7 @@ AudioConformer::Settings conformerSettings(const AudioEncoder::Settings& to, Tim
 } // namespace
 
 AudioEncoder::Settings transcodeSettings(const AVCodecParameters& source) {
-    const LayoutRow& layout = layoutFor(ChannelLayout::interpret(source.ch_layout));
+    const LayoutRow layout = layoutFor(ChannelLayout::interpret(source.ch_layout));
     const bool keepsRate =
         source.sample_rate <= highestSampleRate && AudioEncoder::hasSampleRate(source.sample_rate);
     return {keepsRate ? source.sample_rate : highestSampleRate, layout.channelMask, layout.bitRate};

@@ -24,9 +24,6 @@ public:
     void push(const AVPacket& packet, const Sink& sink) override;
     void finish(const Sink& sink) override;
 
-    /// Where the audio that was decoded ends, counted from zero.
-    Time reachedEnd() const { return m_conformer.end(); }
-
 private:
     AudioConformer::Sink encode(const Sink& sink);
 

@@ -23,28 +23,6 @@ constexpr std::array presets{
     PresetRow{ExportPreset::AVAssetExportPreset1280x720, {1280, 720}},
 };
 
-// Quality and effort were chosen on 23 of 83 real progressive clips, among them the hardest and the
-// longest (32x18 to 1280x720, 25 kbit/s to 16 Mbit/s; six were repeated to last twelve seconds), by
-// the mean structural similarity of the first forty pictures' luminance to the source's, which
-// shall be 0.98. Size is the geometric mean of output by source; the modes of adaptive quantisation
-// are x264's, with "veryfast".
-//
-//   quality  mode         lowest  mean    size  clips below 0.98
-//   18       1, its own   0.9757  0.9888  1.22  4
-//   17       1            0.9805  0.9904  1.36  0
-//   16       1            0.9834  0.9918  1.50  0
-//   18       0            0.9784  0.9912  1.45  1
-//   18       2            0.9685  0.9882  1.18  4
-//   18       3            0.9623  0.9878  1.20  4
-//   17       2            0.9736  0.9899  1.31  1
-//
-// Without psychovisual optimisation the numbers are those of the first row. At quality 17 and the
-// same size (1.37), "faster" and "medium" gain 0.0013 and 0.0019 of similarity and take 1.5 and 2.3
-// times as much processor time. All sizes have the same quality, since pictures that need not be
-// scaled down come out the same.
-constexpr double quality = 17;
-constexpr const char* effort = "veryfast";
-
 struct CapRow {
     std::int64_t pixels; ///< For pictures of up to so many.
     std::int64_t cap;    ///< Bits per second.
@@ -125,8 +103,6 @@ EncodeSettings encodeSettings(PictureSize stored, PixelAspect aspect, std::int64
                               ExportPreset preset) {
     EncodeSettings settings;
     settings.size = fitted(stored, aspect, preset);
-    settings.quality = quality;
-    settings.effort = effort;
     settings.rateCap = capFor(settings.size, sourceRate);
     settings.buffer = settings.rateCap * bufferSeconds;
     return settings;

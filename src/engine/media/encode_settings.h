@@ -20,13 +20,9 @@ struct PixelAspect {
     int height = 1;
 };
 
-/// How the pictures of one track are encoded.
+/// How the pictures of one track are encoded, whichever encoder does it.
 struct EncodeSettings {
     PictureSize size;
-    /// Constant quality of the H.264 encoder: lower is better.
-    double quality = 0;
-    /// The H.264 encoder's own name for how hard it tries.
-    const char* effort = "";
     /// Bits per second that the stream may not exceed over the time that the buffer covers.
     std::int64_t rateCap = 0;
     /// Bits.

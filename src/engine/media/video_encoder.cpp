@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <new>
 
 #include "engine/media/av/check.h"
 #include "engine/media/av/compat.h"
+#include "engine/media/h264_encoder.h"
 
 namespace boxlift::media {
 
@@ -53,22 +55,37 @@ void configure(AVCodecContext& context, const EncodeSettings& settings,
     applyColour(context, input.colour);
 }
 
+/// A negative FFmpeg code on failure.
+int setQuality(AVCodecContext& context, const H264Encoder& encoder) {
+    if (*encoder.effort) {
+        if (const int result = av_opt_set(context.priv_data, "preset", encoder.effort, 0);
+            result < 0)
+            return result;
+    }
+    if (encoder.scale == H264Encoder::Scale::rateFactor)
+        return av_opt_set_double(context.priv_data, "crf", encoder.quality, 0);
+    context.flags |= AV_CODEC_FLAG_QSCALE;
+    context.global_quality = static_cast<int>(std::lround(encoder.quality * FF_QP2LAMBDA));
+    return 0;
+}
+
 av::CodecContextPtr openEncoder(const EncodeSettings& settings, const VideoEncoder::Input& input,
                                 const std::filesystem::path& path) {
-    const AVCodec* codec = avcodec_find_encoder_by_name("libx264");
-    if (!codec)
-        av::check(AVERROR_ENCODER_NOT_FOUND, Operation::encode, "find video encoder", path);
-    av::CodecContextPtr context(avcodec_alloc_context3(codec));
-    if (!context)
-        throw std::bad_alloc();
-    configure(*context, settings, input);
-    av::check(av_opt_set(context->priv_data, "preset", settings.effort, 0), Operation::encode,
-              "set video effort", path);
-    av::check(av_opt_set_double(context->priv_data, "crf", settings.quality, 0), Operation::encode,
-              "set video quality", path);
-    av::check(avcodec_open2(context.get(), codec, nullptr), Operation::encode, "open video encoder",
-              path);
-    return context;
+    int result = AVERROR_ENCODER_NOT_FOUND;
+    for (const H264Encoder& encoder : h264Encoders(avcodec_find_encoder_by_name)) {
+        const AVCodec* codec = avcodec_find_encoder_by_name(encoder.name);
+        av::CodecContextPtr context(avcodec_alloc_context3(codec));
+        if (!context)
+            throw std::bad_alloc();
+        configure(*context, settings, input);
+        result = setQuality(*context, encoder);
+        if (result >= 0)
+            result = avcodec_open2(context.get(), codec, nullptr);
+        if (result >= 0)
+            return context;
+    }
+    av::check(result, Operation::encode, "open video encoder", path);
+    return nullptr;
 }
 
 } // namespace

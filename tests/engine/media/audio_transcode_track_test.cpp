@@ -171,22 +171,6 @@ TEST_F(AudioTranscodeTrackTest, BringsHighSampleRatesDown) {
     EXPECT_NEAR(test::toneLevel(audio, 440), 0.5, 0.01);
 }
 
-TEST_F(AudioTranscodeTrackTest, SaysHowFarItHasCome) {
-    MediaSpec spec{.format = "wav", .audio = {{.codec = "pcm_s16le"}}};
-    BOXLIFT_MAKE_MEDIA(path("in.wav"), spec);
-    const auto selection = Selection::of(*test::openAsset(path("in.wav")));
-    PacketSource source(*selection, {});
-    AudioTranscodeTrack transcoder(source.stream(0), Time::zero(), path("in.wav"));
-    const auto ignore = [](AVPacket&) {};
-    const av::PacketPtr packet = av::makePacket();
-    while (source.next(*packet)) {
-        const av::PacketUnref guard{*packet};
-        transcoder.push(*packet, ignore);
-    }
-    transcoder.finish(ignore);
-    EXPECT_EQ(transcoder.reachedEnd(), Time::fromSeconds(1));
-}
-
 } // namespace
 
 } // namespace boxlift::media

@@ -73,11 +73,6 @@ TEST(EncodeSettings, KeepEveryFittedSizeEvenInsideTheBoxAndNotEnlarged) {
         }
 }
 
-TEST(EncodeSettings, AskForTheSameQualityAtEverySize) {
-    for (const ExportPreset preset : {highest, p1080, p720})
-        EXPECT_DOUBLE_EQ(encodeSettings({640, 360}, {1, 1}, 0, preset).quality, 17);
-}
-
 TEST(EncodeSettings, CapTheRateByTheSizeOfTheOutput) {
     EXPECT_EQ(encodeSettings({1280, 720}, {1, 1}, 0, highest).rateCap, 10'000'000);
     EXPECT_EQ(encodeSettings({720, 1280}, {1, 1}, 0, highest).rateCap, 10'000'000);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+namespace boxlift::media {
+
+/// One of the H.264 encoders that the libraries may have, and what it is told.
+struct H264Encoder {
+    enum class Scale {
+        rateFactor,   ///< 0 to 51, lower is better.
+        percentOfBest ///< 0 to 100, higher is better.
+    };
+
+    const char* name = "";
+    Scale scale = Scale::rateFactor;
+    /// Constant, on that scale.
+    double quality = 0;
+    /// The encoder's own name for how hard it tries; empty where it has none.
+    const char* effort = "";
+};
+
+/// The encoders that are there, the one to be taken first; the next is for when it does not open.
+std::vector<H264Encoder> h264Encoders(const std::function<bool(const char* name)>& isThere);
+
+} // namespace boxlift::media
