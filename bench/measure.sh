@@ -47,13 +47,22 @@ tellTimes() {
         "$(awk '{printf "%.3g", $2 / $1}' <<<"${cpu[*]}")" ""
 }
 
-# peakMemory COMMAND...: the most memory that the command had resident, in MiB.
+# residentMemory PID: of it and its workers together, in KiB, what they share counted once.
+residentMemory() {
+    local workers
+    workers=$(cat "/proc/$1"/task/*/children 2>/dev/null) || true
+    # Names of files under /proc have no spaces in them.
+    cat $(printf '/proc/%s/smaps_rollup ' "$1" $workers) 2>/dev/null |
+        awk '/^Pss:/ {sum += $2} END {print sum + 0}'
+}
+
+# peakMemory COMMAND...: the most memory that the command and its workers had resident, in MiB.
 peakMemory() {
     local pid peak=0 now
     "$@" >>"$log" 2>&1 &
     pid=$!
-    while now=$(awk '/^VmHWM/ {print $2}' "/proc/$pid/status" 2>/dev/null) && [[ -n $now ]]; do
-        peak=$now
+    while now=$(residentMemory "$pid") && ((now > 0)); do
+        peak=$((now > peak ? now : peak))
         sleep 0.02
     done
     wait "$pid" || fail "$1 failed; build/bench-run.log has what it said."

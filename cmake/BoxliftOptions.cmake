@@ -1,6 +1,7 @@
 # How every target of the project is compiled: `boxlift_options` carries it, each target links it.
 option(BOXLIFT_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(BOXLIFT_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+option(BOXLIFT_FUZZ "Build the fuzz targets; takes clang" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -24,7 +25,8 @@ endif()
 if(BOXLIFT_SANITIZE)
     # With its checks in between, gcc 12 takes for uninitialized what is not.
     target_compile_options(boxlift_options INTERFACE
-        -Wno-maybe-uninitialized -fsanitize=${BOXLIFT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
+        -fsanitize=${BOXLIFT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(boxlift_options INTERFACE -fsanitize=${BOXLIFT_SANITIZE})
 endif()
 

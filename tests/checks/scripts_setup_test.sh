@@ -64,7 +64,7 @@ setUp run
 expect 'a section without packages' 0 '' ''
 setUp tests
 expect 'an unknown section' 2 \
-    'setup: there is no section "tests"; usage: scripts/setup [build|run|desktop|test|package|bench ...]' ''
+    'setup: there is no section "tests"; usage: scripts/setup [build|run|desktop|test|package|bench|fuzz ...]' ''
 
 program id 'echo 1000'
 setUp test

@@ -30,7 +30,8 @@ bool isCandidate(const CorpusFile& file) {
     const Analysis analysis = analyze(file.path);
     if (!analysis.info || !analysis.info->hasVideo)
         return false;
-    const auto tracks = probe(file.path).all(StreamKind::video);
+    const ProbedFile probed = probe(file.path);
+    const auto tracks = probed.all(StreamKind::video);
     return !tracks.empty() && isPlain(*tracks.front()) && pixelsIn(*tracks.front()) <= mostPixels;
 }
 

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -23,9 +22,12 @@ struct Facts {
     unsigned long long started = 0;
 };
 
+/// Nothing of a process that ends meanwhile: reading from it fails then.
 std::string contentsOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
 }
 
 /// Of proc(5)'s stat line, whose second field may hold anything.

@@ -11,6 +11,7 @@
 #include "engine/converter.h"
 #include "engine/media/error.h"
 #include "fidelity/losses.h"
+#include "model/cancelled.h"
 #include "model/job_rules.h"
 #include "support/media_likeness.h"
 #include "support/media_probe.h"
@@ -19,8 +20,8 @@ namespace boxlift::fidelity {
 
 namespace {
 
-/// Longer than any healthy file of a corpus of short clips needs.
-constexpr std::chrono::minutes limit{3};
+/// Longer than any healthy file of a corpus of short clips needs, on a busy machine too.
+constexpr std::chrono::minutes limit{15};
 /// What one conversion leaves idle another one uses.
 constexpr std::size_t workers = 2;
 
@@ -110,6 +111,8 @@ private:
             outcome.bytes = static_cast<std::int64_t>(std::filesystem::file_size(m_output));
             measure(outcome);
             outcome.losses = lossesBetween(m_source, test::probe(m_output), outcome);
+        } catch (const Cancelled&) {
+            outcome.sentence = "It took more than a quarter of an hour.";
         } catch (const std::exception& error) {
             outcome.mode.reset();
             outcome.sentence = error.what();

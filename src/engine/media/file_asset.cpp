@@ -1,12 +1,16 @@
 #include "engine/media/file_asset.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <span>
 
 #include "engine/media/av/compat.h"
 #include "engine/media/av/conversion.h"
 #include "engine/media/av/demuxer.h"
+#include "engine/media/box_bytes.h"
 #include "engine/media/codec_codes.h"
+#include "engine/media/error.h"
 #include "engine/media/timeline.h"
 
 namespace boxlift::media {
@@ -48,6 +52,30 @@ FileTrack::Facts factsOf(av::Demuxer& demuxer, AVStream& stream, const Timeline&
     return facts;
 }
 
+constexpr std::array movieStarts{fourCharCode("ftyp"), fourCharCode("moov"), fourCharCode("mdat"),
+                                 fourCharCode("wide"), fourCharCode("free"), fourCharCode("skip"),
+                                 fourCharCode("pnot")};
+
+bool beginsLikeAMovie(const InputFile& file) {
+    std::array<std::uint8_t, 8> start{};
+    file.readAt(0, std::as_writable_bytes(std::span(start)));
+    const auto type =
+        static_cast<FourCharCode>(box_bytes::numberIn(std::span(start).subspan(4), 4));
+    return std::ranges::find(movieStarts, type) != movieStarts.end();
+}
+
+/// While it opens a file, libavformat's demuxer takes the error that it gives fragments of such a
+/// movie for a place in its list of them, and counts up from there: a thousand million steps for
+/// every run of samples.
+void refuseUnnumberedFragments(const InputFile& file, const std::stop_token& stop) {
+    if (!beginsLikeAMovie(file))
+        return;
+    const auto layout = MovieLayout::read(file, stop);
+    if (layout && layout->isFragmented && layout->hasUnnumberedTrack())
+        throw Error(ErrorKind::cannotDecode, "open source", file.path(),
+                    "a track of a fragmented movie has no number");
+}
+
 } // namespace
 
 std::vector<FormatDescription> FileTrack::formatDescriptions() const {
@@ -56,6 +84,7 @@ std::vector<FormatDescription> FileTrack::formatDescriptions() const {
 
 std::shared_ptr<const FileAsset> FileAsset::open(std::shared_ptr<const InputFile> file,
                                                  std::stop_token stop) {
+    refuseUnnumberedFragments(*file, stop);
     const auto demuxer = av::Demuxer::open(file, av::ProbeDepth::header, stop);
     const Timeline timeline = Timeline::of(*demuxer, stop);
     std::shared_ptr<FileAsset> asset(new FileAsset(std::move(file)));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "model/cancelled.h"
 
@@ -288,6 +289,13 @@ bool MovieLayout::isProtected() const {
             return std::find(protectedEntries.begin(), protectedEntries.end(), entry) !=
                    protectedEntries.end();
         });
+    });
+}
+
+// libavformat keeps numbers in an int.
+bool MovieLayout::hasUnnumberedTrack() const {
+    return std::any_of(tracks.begin(), tracks.end(), [](const MovieTrack& track) {
+        return track.id == 0 || track.id > std::numeric_limits<std::int32_t>::max();
     });
 }
 

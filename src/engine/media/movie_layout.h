@@ -43,6 +43,8 @@ struct MovieLayout {
     const MovieTrack* track(std::uint32_t id) const;
     /// Whether some track's samples are encrypted (FairPlay, Common Encryption).
     bool isProtected() const;
+    /// Whether some track has no number that its fragments could refer to.
+    bool hasUnnumberedTrack() const;
 };
 
 } // namespace boxlift::media

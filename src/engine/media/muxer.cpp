@@ -206,6 +206,7 @@ void Muxer::writeTrailer() {
     if (result >= 0)
         result = av_write_trailer(m_context.get());
     avio_flush(m_io.context());
+    m_io.finishWrites();
     if (result >= 0)
         result = m_io.context()->error;
     if (result < 0 || m_io.writeError())

@@ -196,6 +196,19 @@ TEST_F(FileAssetTest, RefusesWhatIsNoMedia) {
     }
 }
 
+// One track header that a single flipped bit had made something else kept the demuxer busy for
+// 0.7 s for each of the file's fragments.
+TEST_F(FileAssetTest, RefusesFragmentsOfATrackWithoutANumber) {
+    auto spec = mediaOf("mp4", {videoOf("mpeg4")});
+    for (const bool isFragmented : {true, false}) {
+        spec.muxerOptions = {{"movflags", isFragmented ? "frag_keyframe+empty_moov" : "faststart"}};
+        MAKE_SOURCE(spec);
+        EXPECT_EQ(refusal(), std::nullopt);
+        patch("tkhd", "tkid");
+        EXPECT_EQ(refusal().has_value(), isFragmented);
+    }
+}
+
 TEST_F(FileAssetTest, RefusesARecordingThatWasKilled) {
     MAKE_SOURCE(mediaOf("mov", {videoOf("mpeg4")}));
     const auto boxes = boxlift::test::topLevelBoxes(source());

@@ -96,6 +96,17 @@ TEST_F(MovieLayoutTest, ReadsIdentifierLengthAndSampleEntries) {
     EXPECT_FALSE(found.hasEdits);
 }
 
+TEST_F(MovieLayoutTest, KnowsTracksWithoutANumberOfTheirOwn) {
+    const auto isFound = [this](const std::string& tracks) {
+        return read(movie(tracks))->hasUnnumberedTrack();
+    };
+    EXPECT_FALSE(isFound(""));
+    EXPECT_FALSE(isFound(track(trackHeader(1)) + track(trackHeader(0x7fffffff, 1))));
+    EXPECT_TRUE(isFound(track(trackHeader(1)) + track(media(96000))));
+    EXPECT_TRUE(isFound(track(trackHeader(0)) + track(trackHeader(1))));
+    EXPECT_TRUE(isFound(track(trackHeader(0x80000000))));
+}
+
 TEST_F(MovieLayoutTest, ReadsLongHeaders) {
     const std::uint64_t hour = std::uint64_t{mediaScale} * 3600;
     const MovieTrack found =

@@ -9,8 +9,8 @@ namespace boxlift::media::av {
 
 namespace {
 
-/// Writes of this size keep the number of system calls small without holding memory.
-constexpr int outputBufferSize = 1 << 20;
+/// What comes in small pieces is put together in this; the rest passes it by.
+constexpr int outputBufferSize = 1 << 15;
 
 std::uint8_t* allocateBuffer(int size) {
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(static_cast<std::size_t>(size)));
@@ -79,9 +79,16 @@ std::int64_t InputIo::seek(void* self, std::int64_t offset, int whence) noexcept
 }
 
 OutputIo::OutputIo(OutputFile& file, std::stop_token stop)
-    : m_file(file), m_stop(std::move(stop)),
+    : m_file(file), m_writer(file), m_stop(std::move(stop)),
       m_context(own(avio_alloc_context(allocateBuffer(outputBufferSize), outputBufferSize, 1, this,
-                                       nullptr, &OutputIo::write, &OutputIo::seek))) {}
+                                       nullptr, &OutputIo::write, &OutputIo::seek))) {
+    m_context->direct = 1;
+}
+
+void OutputIo::finishWrites() {
+    if (const int error = m_writer.finish(); error && !m_writeError)
+        m_writeError = error;
+}
 
 int OutputIo::write(void* self, WriteCallbackByte* buffer, int size) noexcept {
     auto& io = *static_cast<OutputIo*>(self);
@@ -98,7 +105,7 @@ int OutputIo::write(void* self, WriteCallbackByte* buffer, int size) noexcept {
 
 int OutputIo::write(std::span<const std::uint8_t> data) {
     if (m_position < m_tailBegin)
-        return m_file.writeAt(m_position, std::as_bytes(data));
+        return m_writer.write(m_position, std::as_bytes(data));
     try {
         keep(data);
         return 0;

@@ -13,6 +13,7 @@
 #include "engine/media/av/handles.h"
 #include "engine/media/input_file.h"
 #include "engine/media/output_file.h"
+#include "engine/media/write_behind.h"
 
 namespace boxlift::media::av {
 
@@ -43,14 +44,18 @@ private:
     IoContextPtr m_context;
 };
 
-/// FFmpeg's view of an OutputFile: large sequential writes. A stop makes every call fail.
+/// FFmpeg's view of an OutputFile: large sequential writes, on a thread of their own. A stop makes
+/// every call fail.
 class OutputIo {
 public:
     OutputIo(OutputFile& file, std::stop_token stop);
 
     AVIOContext* context() { return m_context.get(); }
     OutputFile& file() { return m_file; }
-    /// The first system error that a write met, 0 when none.
+    /// Waits for what is still being written. Needed before the file is read or synced.
+    void finishWrites();
+    /// The first system error that a write met, 0 when none; that of the last ones is known after
+    /// finishWrites().
     int writeError() const { return m_writeError; }
 
     /// From here on what is written behind the end of the file stays in memory instead.
@@ -66,6 +71,7 @@ private:
     void keep(std::span<const std::uint8_t> data);
 
     OutputFile& m_file;
+    WriteBehind m_writer;
     std::stop_token m_stop;
     std::int64_t m_position = 0;
     std::int64_t m_end = 0;
