@@ -17,6 +17,11 @@ target_compile_options(boxlift_options INTERFACE -Wall -Wextra -Wpedantic -Wconv
 if(BOXLIFT_WARNINGS_AS_ERRORS)
     target_compile_options(boxlift_options INTERFACE -Werror)
 endif()
+if(APPLE)
+    # Apple's standard library has stop tokens only with it (docs/macos.md).
+    target_compile_options(boxlift_options INTERFACE -fexperimental-library)
+    target_link_options(boxlift_options INTERFACE -fexperimental-library)
+endif()
 if(BOXLIFT_SANITIZE)
     # With its checks in between, gcc 12 takes for uninitialized what is not.
     target_compile_options(boxlift_options INTERFACE

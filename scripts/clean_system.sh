@@ -1,7 +1,5 @@
 # A Debian system that nothing was done to, for the scripts that try things in one. Sourced.
-# `system` is its folder.
-
-system="$root/build/clean-system"
+# `system` is its folder, which each suite has for itself.
 
 # The archive that this machine itself takes its packages from.
 archive() {
@@ -10,16 +8,19 @@ archive() {
 
 # makeCleanSystem SUITE: an earlier one goes.
 makeCleanSystem() {
-    local log="$root/build/clean-system.log"
+    system="$root/build/clean-$1"
+    local log="$system.log"
     leaveSystem
     rm -rf --one-file-system "$system"
     mkdir -p "$root/build"
     debootstrap --variant=minbase "$1" "$system" "$(archive)" >"$log" 2>&1 || {
         tail -n 15 "$log" >&2
-        fail "there is no clean system of $1; build/clean-system.log has all of the output."
+        fail "there is no clean system of $1; build/clean-$1.log has all of the output."
     }
     cp /etc/resolv.conf "$system/etc/resolv.conf"
     cp /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
+    # Nothing in there is worth waiting for the disk.
+    printf 'force-unsafe-io\n' >"$system/etc/dpkg/dpkg.cfg.d/unsafe-io"
     # No service is to start in there.
     printf '#!/bin/sh\nexit 101\n' >"$system/usr/sbin/policy-rc.d"
     chmod +x "$system/usr/sbin/policy-rc.d"

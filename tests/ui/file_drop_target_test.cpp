@@ -7,6 +7,10 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include "queue/queue.h"
+#include "support/fake_chooser.h"
+#include "support/fake_preferences.h"
+#include "support/temp_folder.h"
 #include "ui/support/fake_file_transfer.h"
 #include "ui/support/private_bus.h"
 
@@ -154,8 +158,28 @@ protected:
         return files;
     }
 
+    /// What the list, with the real engine behind it, says of the one file that is dropped.
+    std::string failureOfTheDrop() {
+        Queue queue({converterEngine(), chooser, preferences, {{folder.path()}, folder.path()}});
+        QObject::connect(&target, &FileDropTarget::dropped, &queue,
+                         [&](const QList<QUrl>& urls) { queue.handleDrop(urls); });
+        enter();
+        drop();
+        const Failed* failure = nullptr;
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            failure = queue.jobs().empty() ? nullptr
+                                           : std::get_if<Failed>(&queue.jobs().front()->state());
+            return failure != nullptr;
+        }));
+        EXPECT_EQ(queue.jobs().size(), 1U);
+        return failure ? failure->message : std::string();
+    }
+
     PrivateBus bus;
     FakeFileTransfer transfer;
+    FakeChooser chooser;
+    FakePreferences preferences;
+    const TempFolder folder;
 };
 
 TEST_F(PortalDropTest, AsksThePortalForTheFiles) {
@@ -180,6 +204,20 @@ TEST_F(PortalDropTest, TakesTheAddressesWhenThePortalDoesNotKnowTheKey) {
     transfer.key = QStringLiteral("another");
     data.setUrls({QUrl(QStringLiteral("file:///sandbox/a.mov"))});
     EXPECT_EQ(droppedFiles(), std::vector<std::string>{"file:///sandbox/a.mov"});
+}
+
+constexpr const char* cannotOpen = "macOS can't open this file. It may be damaged or in a format "
+                                   "AVFoundation doesn't support.";
+
+TEST_F(PortalDropTest, SaysThatAFileOfTheSandboxAloneCannotBeOpened) {
+    data.setUrls({QUrl::fromLocalFile(folder.path().c_str() + QStringLiteral("/gone/a.mov"))});
+    EXPECT_EQ(failureOfTheDrop(), cannotOpen);
+}
+
+TEST_F(PortalDropTest, SaysThatAFileOfThePortalThatIsNotThereCannotBeOpened) {
+    offerPortal();
+    transfer.files = {folder.path().c_str() + QStringLiteral("/gone/b.mov")};
+    EXPECT_EQ(failureOfTheDrop(), cannotOpen);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ enum class ErrorKind {
     cannotDecode,
     decoderMissing,
     cannotEncode,
-    unknown,
+    unknown, ///< Stays the last.
 };
 
 /// The sentence that people are shown for this kind of error.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <string_view>
 #include <vector>
 
@@ -41,10 +40,13 @@ struct KeyedValue {
     std::string_view value;
 };
 
+/// As the library prints what the source has as a number.
 bool isNumber(std::string_view text) {
-    double number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size();
+    if (text.starts_with('-'))
+        text.remove_prefix(1);
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return std::ranges::any_of(text, isDigit) && std::ranges::count(text, '.') <= 1 &&
+           std::ranges::all_of(text, [&](char c) { return isDigit(c) || c == '.'; });
 }
 
 /// Numbers are left out: they would have to be stored in the form that the source had them in,

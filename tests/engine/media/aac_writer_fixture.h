@@ -23,8 +23,7 @@ inline double sine(std::size_t sample) {
     return 0.5 * std::sin(2 * std::numbers::pi * 440 * static_cast<double>(sample) / 44100);
 }
 
-inline media::SampleBuffer makeBuffer(std::size_t position, std::size_t frames,
-                                      const Wave& wave) {
+inline media::SampleBuffer makeBuffer(std::size_t position, std::size_t frames, const Wave& wave) {
     media::SampleBuffer buffer;
     buffer.presentationTimeStamp =
         media::Time::fromRate(static_cast<std::int64_t>(position), 44100);
@@ -57,8 +56,7 @@ protected:
             writer.append(makeBuffer(position, std::min(block, frames - position), wave));
     }
 
-    void write(std::size_t frames, const Wave& wave,
-               const media::AacSettings& settings = aac256) {
+    void write(std::size_t frames, const Wave& wave, const media::AacSettings& settings = aac256) {
         media::AacFileWriter writer(path());
         ASSERT_TRUE(start(writer, settings));
         append(writer, frames, wave);

@@ -87,6 +87,17 @@ TEST_F(PassthroughMetadataTest, KeepsQuickTimesKeysToTheLetter) {
     }
 }
 
+// Numbers are left out, and "Nan" and "1E5" are some to the standard library.
+TEST_F(PassthroughMetadataTest, KeepsWordsThatCouldBeNumbers) {
+    auto spec = mediaOf("mov", {videoOf("mpeg4")});
+    spec.metadata = {{"com.apple.quicktime.artist", "Nan"}, {"com.apple.quicktime.model", "1E5"}};
+    spec.muxerOptions = {{"movflags", "use_metadata_tags"}};
+    MAKE_SOURCE(spec);
+    for (const FileType type : {mp4, mov})
+        for (const auto& [key, value] : spec.metadata)
+            EXPECT_EQ(valueOf(copied(type), key), value) << key;
+}
+
 TEST_F(PassthroughMetadataTest, NamesTheCameraInEveryType) {
     auto spec = mediaOf("mov", {videoOf("mpeg4")}, {audioOf("aac")});
     spec.metadata = {{"make", "Maker"}, {"model", "Model"}};
