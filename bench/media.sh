@@ -28,6 +28,12 @@ makeFilm() {
         -c:a aac -b:a 256k
 }
 
+# A minute of it.
+makeLongFilm() {
+    makeFilm
+    makeOnce "$work/minute.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t 60
+}
+
 # makeLargeFilm MEBIBYTES: the film over and over.
 makeLargeFilm() {
     makeFilm

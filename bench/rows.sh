@@ -101,22 +101,24 @@ reencodeHandBrake() {
         --maxHeight "$height" --maxWidth 1920 -E av_aac -B 256
 }
 
-# coresBusy WALL CPU: the median share of all cores that the columns of $pairs tell of.
-coresBusy() {
-    awk -v w="$1" -v c="$2" -v n="$(nproc)" '{printf "%.2f\n", $c / $w / n}' "$pairs" |
-        sort -g | awk '{v[NR] = $1} END {print v[int((NR + 1) / 2)]}'
+# shareOfCores COMMAND...: how much of all cores the command keeps busy.
+shareOfCores() {
+    timed "$@" | awk -v n="$(nproc)" '{printf "%.3f\n", $2 / $1 / n}'
 }
 
 tellReencode() {
     inTurns reencodeOurs reencodePeer
     tellTimes "re-encode 1080p to ${height}p, ffmpeg" "at least 1.1"
-    tell "  share of all cores" "$(coresBusy 1 2)" "$(coresBusy 3 4)" "" "above 0.95"
     inTurns reencodeOurs reencodeHandBrake
     tellTimes "re-encode 1080p to ${height}p, HandBrakeCLI" "at least 1.1"
 }
 
+reencodeMinute() { convert --target mp4 --size p1080 "$work/minute.mov"; }
+
 rowReencode() {
     makeFilm
+    makeLongFilm
+    tell "re-encode of a minute, share of all cores" "$(shareOfCores reencodeMinute)" - - "above 0.95"
     size=p720 height=720 rate=10000k buffer=20000k tellReencode
     size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
 }
