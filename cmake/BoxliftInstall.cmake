@@ -11,8 +11,12 @@ if(NOT APPLE)
         DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
     install(FILES "${packaging}/linux/org.boxlift.Boxlift.metainfo.xml"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
-    install(FILES "${packaging}/linux/boxlift.1"
-        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+    set(manual "${CMAKE_BINARY_DIR}/boxlift.1.gz")
+    add_custom_command(OUTPUT "${manual}"
+        COMMAND gzip -9nc "${packaging}/linux/boxlift.1" > "${manual}"
+        DEPENDS "${packaging}/linux/boxlift.1" VERBATIM)
+    add_custom_target(manual ALL DEPENDS "${manual}")
+    install(FILES "${manual}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 
     # The icon as it was drawn, and in the sizes for desktops that do not read drawings.
     set(icons "${CMAKE_INSTALL_DATADIR}/icons/hicolor")
