@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 #include <span>
+#include <utility>
 
 #include "engine/media/av/compat.h"
 #include "engine/media/av/conversion.h"
@@ -67,12 +69,9 @@ bool beginsLikeAMovie(const InputFile& file) {
 /// While it opens a file, libavformat's demuxer takes the error that it gives fragments of such a
 /// movie for a place in its list of them, and counts up from there: a thousand million steps for
 /// every run of samples.
-void refuseUnnumberedFragments(const InputFile& file, const std::stop_token& stop) {
-    if (!beginsLikeAMovie(file))
-        return;
-    const auto layout = MovieLayout::read(file, stop);
-    if (layout && layout->isFragmented && layout->hasUnnumberedTrack())
-        throw Error(ErrorKind::cannotDecode, "open source", file.path(),
+void refuseUnnumberedFragments(const MovieLayout& layout, const std::filesystem::path& path) {
+    if (layout.isFragmented && layout.hasUnnumberedTrack())
+        throw Error(ErrorKind::cannotDecode, "open source", path,
                     "a track of a fragmented movie has no number");
 }
 
@@ -84,9 +83,13 @@ std::vector<FormatDescription> FileTrack::formatDescriptions() const {
 
 std::shared_ptr<const FileAsset> FileAsset::open(std::shared_ptr<const InputFile> file,
                                                  std::stop_token stop) {
-    refuseUnnumberedFragments(*file, stop);
+    std::optional<MovieLayout> layout;
+    if (beginsLikeAMovie(*file))
+        layout = MovieLayout::read(*file, stop);
+    if (layout)
+        refuseUnnumberedFragments(*layout, file->path());
     const auto demuxer = av::Demuxer::open(file, av::ProbeDepth::header, stop);
-    const Timeline timeline = Timeline::of(*demuxer, stop);
+    const Timeline timeline = Timeline::of(*demuxer, stop, std::move(layout));
     std::shared_ptr<FileAsset> asset(new FileAsset(std::move(file)));
     AVFormatContext& context = demuxer->context();
     for (AVStream* stream : std::span(context.streams, context.nb_streams))

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "engine/media/av/conversion.h"
 #include "engine/media/error.h"
@@ -46,12 +47,13 @@ Time lengthBehind(Time mediaStart, Time length) {
 
 } // namespace
 
-Timeline Timeline::of(av::Demuxer& demuxer, std::stop_token stop) {
+Timeline Timeline::of(av::Demuxer& demuxer, std::stop_token stop,
+                      std::optional<MovieLayout> layout) {
     Timeline timeline;
     const AVFormatContext& context = demuxer.context();
     timeline.m_fileDuration = av::toTime(context.duration, AV_TIME_BASE_Q);
     if (demuxer.isMovie())
-        timeline.m_layout = MovieLayout::read(*demuxer.file(), stop);
+        timeline.m_layout = layout ? std::move(layout) : MovieLayout::read(*demuxer.file(), stop);
     if (timeline.m_layout)
         timeline.readMovie(demuxer);
     else

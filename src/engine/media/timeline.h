@@ -13,7 +13,9 @@ class Timeline {
 public:
     /// Reads the movie's layout, or what the demuxer tells elsewhere. In a fragmented movie this
     /// walks over the fragments' headers: the demuxer is at the end afterwards.
-    static Timeline of(av::Demuxer& demuxer, std::stop_token stop);
+    /// `layout` is that of the file, where it has been read already.
+    static Timeline of(av::Demuxer& demuxer, std::stop_token stop,
+                       std::optional<MovieLayout> layout = std::nullopt);
 
     TimeRange range(const AVStream& stream) const;
     /// Where the track's edits end what it shows; invalid where they do not say.
