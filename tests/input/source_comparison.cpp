@@ -167,7 +167,7 @@ private:
     void compareDuration() {
         const double expected = expectedEnd();
         // What the movie's header says, which counts from the movie's zero.
-        const double end = m_output.durationSeconds.value_or(-1);
+        const double end = movieSeconds(m_request.output).value_or(-1);
         if (!(std::abs(end - expected) <= tolerance()))
             report("duration", "ends at ", end, " s, should end at ", expected, " s");
     }

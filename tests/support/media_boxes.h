@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,5 +19,9 @@ struct Box {
 std::vector<Box> topLevelBoxes(const std::filesystem::path& path);
 /// Their types alone.
 std::vector<std::string> topLevelBoxTypes(const std::filesystem::path& path);
+
+/// When a movie ends by its header (`mvhd`, ISO/IEC 14496-12, 8.2.2), counted from the movie's
+/// zero; nothing where there is no such header. Throws as topLevelBoxes() does.
+std::optional<double> movieSeconds(const std::filesystem::path& path);
 
 } // namespace boxlift::test

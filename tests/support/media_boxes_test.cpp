@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -52,6 +53,30 @@ TEST_F(MediaBoxes, MustFitIntoTheFile) {
     EXPECT_THROW(topLevelBoxes(write(box(50, "mdat", 4))), std::runtime_error);
     EXPECT_THROW(topLevelBoxes(write(box(4, "mdat", 4))), std::runtime_error);
     EXPECT_THROW(topLevelBoxes(write("abc")), std::runtime_error);
+}
+
+TEST_F(MediaBoxes, TellWhenAMovieEnds) {
+    const std::string none(3, '\0');
+    const std::string dates(8, 'd');
+    // 10 ticks of 4 in a second.
+    const std::string header =
+        none + '\x1c' + "mvhd" + std::string(4, '\0') + dates + none + '\4' + none + '\n';
+    const std::string movie = none + '\x2d' + "moov" + box(9, "udta", 1) + header;
+    EXPECT_EQ(movieSeconds(write(box(12, "ftyp", 4) + movie)), 2.5);
+}
+
+TEST_F(MediaBoxes, TellInLongNumbersToo) {
+    const std::string none(3, '\0');
+    const std::string dates(16, 'd');
+    const std::string header = none + '\x28' + "mvhd" + '\1' + none + dates + none + '\4' + none +
+                               '\1' + std::string(4, '\0');
+    const std::string movie = none + '\x30' + "moov" + header;
+    EXPECT_EQ(movieSeconds(write(movie)), 4294967296.0 / 4);
+}
+
+TEST_F(MediaBoxes, MayTellNoEnd) {
+    EXPECT_EQ(movieSeconds(write(box(12, "ftyp", 4))), std::nullopt);
+    EXPECT_EQ(movieSeconds(write(box(8, "moov", 0))), std::nullopt);
 }
 
 } // namespace

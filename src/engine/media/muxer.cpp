@@ -138,7 +138,7 @@ void Muxer::writeHeader() {
 }
 
 void Muxer::collectTrackChanges() {
-    for (const AVStream* stream : std::span(m_context->streams, m_context->nb_streams)) {
+    for (AVStream* stream : std::span(m_context->streams, m_context->nb_streams)) {
         // The muxer numbers its tracks from 1.
         IndexChanges::Track track;
         track.id = static_cast<std::uint32_t>(stream->index) + 1;
@@ -151,10 +151,9 @@ void Muxer::collectTrackChanges() {
         if (language && m_type == FileType::AVFileTypeQuickTimeMovie)
             track.language = language->value;
         // Of QuickTime files it leaves out what MPEG-4 files are given.
-        if (m_type == FileType::AVFileTypeQuickTimeMovie) {
+        if (m_type == FileType::AVFileTypeQuickTimeMovie)
             track.sampleEntry = dolby_vision::configurationBox(*stream);
-            box_bytes::put(track.sampleEntry, spherical::descriptionBoxes(*stream));
-        }
+        box_bytes::put(track.sampleEntry, spherical::takeDescription(*stream));
         if (!track.empty())
             m_changes.tracks.push_back(std::move(track));
     }

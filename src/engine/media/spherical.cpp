@@ -98,9 +98,15 @@ Bytes projectionBox(const AVStream& stream) {
 
 } // namespace
 
-Bytes descriptionBoxes(const AVStream& stream) {
-    Bytes boxes = stereoBox(stream);
-    put(boxes, projectionBox(stream));
+Bytes takeDescription(AVStream& stream) {
+    const Bytes stereo = stereoBox(stream);
+    const Bytes projection = projectionBox(stream);
+    if (!stereo.empty())
+        av::removeStreamSideData(stream, AV_PKT_DATA_STEREO3D);
+    if (!projection.empty())
+        av::removeStreamSideData(stream, AV_PKT_DATA_SPHERICAL);
+    Bytes boxes = stereo;
+    put(boxes, projection);
     return boxes;
 }
 

@@ -9,8 +9,9 @@ namespace boxlift::media::spherical {
 
 /// The boxes for a track's sample entry that tell how its pictures are to be projected (`sv3d`) and
 /// which eye sees what (`st3d`), one after the other; empty for plain pictures and for what these
-/// boxes have no word for.
-box_bytes::Bytes descriptionBoxes(const AVStream& stream);
+/// boxes have no word for. What they tell is taken off the stream: newer muxers would tell it in
+/// boxes of their own as well (`vexu`), less exactly, and newer demuxers refuse a file with both.
+box_bytes::Bytes takeDescription(AVStream& stream);
 
 /// Lets `to`, which holds the same pictures at another size, be projected as `from` is.
 void copyDescription(AVStream& to, const AVStream& from);

@@ -19,8 +19,8 @@ Description& describe(AVStream& stream, AVPacketSideDataType type) {
     return *new (data) Description{};
 }
 
-std::string boxesOf(const AVStream& stream) {
-    const auto boxes = descriptionBoxes(stream);
+std::string boxesOf(AVStream& stream) {
+    const auto boxes = takeDescription(stream);
     return {boxes.begin(), boxes.end()};
 }
 
@@ -48,10 +48,9 @@ TEST(Spherical, IsNotDescribedWherePicturesAreFlat) {
 TEST(Spherical, HasABoxForWhatEachEyeSees) {
     test::StreamMaker maker;
     AVStream& stream = maker.add({.codec = AV_CODEC_ID_H264});
-    auto& stereo = describe<AVStereo3D>(stream, AV_PKT_DATA_STEREO3D);
-    stereo.type = AV_STEREO3D_SIDEBYSIDE;
+    describe<AVStereo3D>(stream, AV_PKT_DATA_STEREO3D).type = AV_STEREO3D_SIDEBYSIDE;
     EXPECT_EQ(boxesOf(stream), fullBox("st3d", 0, "\2"));
-    stereo.type = AV_STEREO3D_CHECKERBOARD;
+    describe<AVStereo3D>(stream, AV_PKT_DATA_STEREO3D).type = AV_STEREO3D_CHECKERBOARD;
     EXPECT_EQ(boxesOf(stream), "") << "there is no number for it";
 }
 
@@ -71,8 +70,30 @@ TEST(Spherical, IsCopiedToAnotherStream) {
     addMapping(stream, AV_SPHERICAL_EQUIRECTANGULAR);
     AVStream& copy = maker.add({.codec = AV_CODEC_ID_H264});
     copyDescription(copy, stream);
-    EXPECT_NE(boxesOf(copy), "");
-    EXPECT_EQ(boxesOf(copy), boxesOf(stream));
+    const std::string boxes = boxesOf(copy);
+    EXPECT_NE(boxes, "");
+    EXPECT_EQ(boxes, boxesOf(stream));
+}
+
+TEST(Spherical, IsToldOnceOnly) {
+    test::StreamMaker maker;
+    AVStream& stream = maker.add({.codec = AV_CODEC_ID_H264});
+    describe<AVStereo3D>(stream, AV_PKT_DATA_STEREO3D).type = AV_STEREO3D_TOPBOTTOM;
+    addMapping(stream, AV_SPHERICAL_CUBEMAP);
+    av::newStreamSideData(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
+    EXPECT_NE(boxesOf(stream), "");
+    EXPECT_TRUE(av::streamSideData(stream, AV_PKT_DATA_STEREO3D).empty());
+    EXPECT_TRUE(av::streamSideData(stream, AV_PKT_DATA_SPHERICAL).empty());
+    EXPECT_FALSE(av::streamSideData(stream, AV_PKT_DATA_DISPLAYMATRIX).empty());
+    EXPECT_EQ(boxesOf(stream), "");
+}
+
+TEST(Spherical, StaysWithTheStreamWhereThereIsNoBoxForIt) {
+    test::StreamMaker maker;
+    AVStream& stream = maker.add({.codec = AV_CODEC_ID_H264});
+    describe<AVStereo3D>(stream, AV_PKT_DATA_STEREO3D).type = AV_STEREO3D_CHECKERBOARD;
+    EXPECT_EQ(boxesOf(stream), "");
+    EXPECT_FALSE(av::streamSideData(stream, AV_PKT_DATA_STEREO3D).empty());
 }
 
 } // namespace boxlift::media::spherical

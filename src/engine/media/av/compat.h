@@ -62,6 +62,23 @@ inline std::uint8_t* newStreamSideData(AVStream& stream, AVPacketSideDataType ty
 #endif
 }
 
+/// Takes a stream's side data of this kind away, if it has any.
+inline void removeStreamSideData(AVStream& stream, AVPacketSideDataType type) {
+#if LIBAVFORMAT_VERSION_MAJOR >= 61
+    av_packet_side_data_remove(stream.codecpar->coded_side_data,
+                               &stream.codecpar->nb_coded_side_data, type);
+#else
+    const std::span<AVPacketSideData> all(stream.side_data,
+                                          static_cast<std::size_t>(stream.nb_side_data));
+    const auto found = std::ranges::find(all, type, &AVPacketSideData::type);
+    if (found == all.end())
+        return;
+    av_freep(&found->data);
+    *found = all.back();
+    --stream.nb_side_data;
+#endif
+}
+
 inline bool isInterlaced(const AVFrame& frame) {
 #if LIBAVUTIL_VERSION_MAJOR >= 59
     return (frame.flags & AV_FRAME_FLAG_INTERLACED) != 0;
