@@ -65,7 +65,7 @@ class WindowTest(unittest.TestCase):
         self.frame = self.desktop.window_of(self.process, "Boxlift")
         self.desktop.place(self.frame, *FRAME)
         self.window = Window("boxlift")
-        self.window.find("push button", "Choose…")
+        self.window.find("button", "Choose…")
 
     def start_again(self, *arguments, env=None):
         self.desktop.end(self.process)
@@ -100,7 +100,7 @@ class WindowTest(unittest.TestCase):
         wait_for("their analysis", lambda: "Reading…" not in self.window.names())
 
     def press(self, name, index=0):
-        button = self.window.find("push button", name, index)
+        button = self.window.find("button", name, index)
         self.desktop.click(self.window.centre(button))
 
     def texts_with(self, beginning):
@@ -125,7 +125,7 @@ class WindowTest(unittest.TestCase):
     def test_an_empty_window_invites_to_drop_files(self):
         self.photograph("empty")
         self.assertTrue(self.has("Drop videos or audio here", "New files", "~/Videos"))
-        self.assertEqual(self.window.names("push button").count("Add Files…"), 2)
+        self.assertEqual(self.window.names("button").count("Add Files…"), 2)
         self.assertNotIn("Stop", self.window.names())
 
     def test_a_drop_takes_files_of_any_name_and_folders_but_no_addresses(self):
@@ -164,7 +164,7 @@ class WindowTest(unittest.TestCase):
                                          for text in self.window.names("label")))
         self.photograph("running")
         self.press("Stop")
-        self.window.find("push button", "Convert All")
+        self.window.find("button", "Convert All")
         wait_for("the plan", lambda: self.has("RE-ENCODE"))
         self.photograph("stopped")
         self.assertEqual(self.outputs(), [])
@@ -173,10 +173,10 @@ class WindowTest(unittest.TestCase):
         second = self.copy_of("after.mov")
         self.add(self.long_sound, second)
         self.press("Convert All")
-        self.window.find("push button", "Stop")
+        self.window.find("button", "Stop")
         self.photograph("running")
         self.press("Remove from queue", 0)
-        self.window.find("push button", "Convert All")
+        self.window.find("button", "Convert All")
         self.photograph("removed")
         self.assertNotIn("long sound.wav", self.window.names())
         self.assertTrue(self.has("after.mov"))

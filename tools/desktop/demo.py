@@ -40,7 +40,7 @@ class Demo:
         frame = self._desktop.window_of(process, "Boxlift")
         self._desktop.place(frame, 300, 120, 1000, 700)
         self.window = Window("boxlift")
-        self.window.find("push button", "Convert All")
+        self.window.find("button", "Convert All")
         self.photograph("empty")
 
     def drop(self, drag_source, files):
@@ -49,21 +49,21 @@ class Demo:
         self._desktop.place(source, 60, 120)
         self._desktop.drag((130, 165), (800, 400), before_drop=lambda: self.photograph("drag"))
         process.stdout.readline()
-        wait_for("the files", lambda: self.window.names("push button").count("Remove from queue"))
+        wait_for("the files", lambda: self.window.names("button").count("Remove from queue"))
         wait_for("their analysis", lambda: "Reading…" not in self.window.names())
         self.photograph("planned")
 
     def convert(self):
-        button = self.window.find("push button", "Convert All")
-        if "Convert this file" not in self.window.names("push button"):
+        button = self.window.find("button", "Convert All")
+        if "Convert this file" not in self.window.names("button"):
             raise DesktopError("none of the files can be converted; see the picture")
         self._desktop.click(self.window.centre(button))
-        self.window.find("push button", "Clear Finished")
+        self.window.find("button", "Clear Finished")
         wait_for("the end of the run", self._has_ended, LONGEST_RUN_SECONDS)
         self.photograph("done")
 
     def _has_ended(self):
-        names = self.window.names("push button")
+        names = self.window.names("button")
         return "Convert All" in names and not any(
             text.endswith("%") for text in self.window.names("label"))
 

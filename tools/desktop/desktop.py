@@ -174,6 +174,9 @@ class Window:
     """What assistive technology sees of an application. `Desktop` must have been started; its
     library remembers the bus, so that a process can use it on one desktop only."""
 
+    # Before AT-SPI 2.53.1 a button was called a push button.
+    role_names = {"push button": "button"}
+
     def __init__(self, application):
         import gi
         gi.require_version("Atspi", "2.0")
@@ -203,10 +206,14 @@ class Window:
         try:
             for node in self._nodes(self._root()):
                 if node.get_state_set().contains(self._atspi.StateType.SHOWING):
-                    result.append((node.get_role_name(), node.get_name(), node))
+                    result.append((self._role(node), node.get_name(), node))
         except self._gone():
             return []
         return result
+
+    def _role(self, node):
+        name = node.get_role_name()
+        return self.role_names.get(name, name)
 
     def _gone(self):
         from gi.repository import GLib

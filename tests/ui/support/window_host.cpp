@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QQmlComponent>
+#include <QSignalSpy>
 #include <QTest>
 
 #include "ui/support/find_item.h"
@@ -16,30 +17,38 @@ WindowHost::WindowHost(const QByteArray& qml, QSize size) {
     QQmlComponent component(&m_engine);
     component.setData("import QtQuick\nimport QtQuick.Layouts\nimport Boxlift\n" + qml,
                       QUrl(QStringLiteral("qrc:/test.qml")));
-    show(component.create(), component.errorString(), size);
+    own(component.create(), component.errorString());
+    show(size);
 }
 
 WindowHost::WindowHost(const QString& type, const QVariantMap& properties, QSize size) {
     addWindowModule(m_engine);
     QQmlComponent component(&m_engine,
                             QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/%1.qml").arg(type)));
-    show(component.createWithInitialProperties(properties), component.errorString(), size);
+    own(component.createWithInitialProperties(properties), component.errorString());
     m_root->setSize(size);
+    show(size);
 }
 
 WindowHost::~WindowHost() {
     m_window.close();
 }
 
-void WindowHost::show(QObject* made, const QString& errors, QSize size) {
+void WindowHost::own(QObject* made, const QString& errors) {
     m_root.reset(qobject_cast<QQuickItem*>(made));
     if (!m_root)
         throw std::runtime_error(errors.toStdString());
     m_root->setParentItem(m_window.contentItem());
+}
+
+void WindowHost::show(QSize size) {
+    // A list makes its items for the first frame, which may come after the window is active.
+    const QSignalSpy frames(&m_window, &QQuickWindow::frameSwapped);
     m_window.resize(size);
     m_window.show();
     m_window.requestActivate();
-    if (!QTest::qWaitForWindowActive(&m_window))
+    if (!QTest::qWaitForWindowActive(&m_window) ||
+        !QTest::qWaitFor([&] { return !frames.isEmpty(); }))
         throw std::runtime_error("The window does not show");
 }
 

@@ -42,7 +42,9 @@ public:
     QImage picture();
 
 private:
-    void show(QObject* made, const QString& errors, QSize size);
+    void own(QObject* made, const QString& errors);
+    /// Returns when the first frame is drawn.
+    void show(QSize size);
     QPoint centre(const QQuickItem* item) const;
 
     QQmlEngine m_engine;
