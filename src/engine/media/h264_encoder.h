@@ -18,6 +18,8 @@ struct H264Encoder {
     double quality = 0;
     /// The encoder's own name for how hard it tries; empty where it has none.
     const char* effort = "";
+    /// "x264-params" for processors with AVX-512.
+    const char* withAvx512 = "";
 };
 
 /// The encoders that are there, the one to be taken first; the next is for when it does not open.

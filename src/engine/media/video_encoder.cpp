@@ -56,6 +56,13 @@ void configure(AVCodecContext& context, const EncodeSettings& settings,
 }
 
 /// A negative FFmpeg code on failure.
+int setInstructions(AVCodecContext& context, const H264Encoder& encoder) {
+    if (!*encoder.withAvx512 || !(av_get_cpu_flags() & AV_CPU_FLAG_AVX512))
+        return 0;
+    return av_opt_set(context.priv_data, "x264-params", encoder.withAvx512, 0);
+}
+
+/// A negative FFmpeg code on failure.
 int setQuality(AVCodecContext& context, const H264Encoder& encoder) {
     if (*encoder.effort) {
         if (const int result = av_opt_set(context.priv_data, "preset", encoder.effort, 0);
@@ -79,6 +86,8 @@ av::CodecContextPtr openEncoder(const EncodeSettings& settings, const VideoEncod
             throw std::bad_alloc();
         configure(*context, settings, input);
         result = setQuality(*context, encoder);
+        if (result >= 0)
+            result = setInstructions(*context, encoder);
         if (result >= 0)
             result = avcodec_open2(context.get(), codec, nullptr);
         if (result >= 0)

@@ -43,6 +43,7 @@ TEST(H264Encoder, IsToldTheQualityThatWasMeasuredInSoftware) {
     EXPECT_EQ(encoders[0].scale, H264Encoder::Scale::rateFactor);
     EXPECT_DOUBLE_EQ(encoders[0].quality, 17);
     EXPECT_STREQ(encoders[0].effort, "veryfast");
+    EXPECT_STREQ(encoders[0].withAvx512, "asm=AVX2,FMA3,BMI2,LZCNT");
 }
 
 } // namespace

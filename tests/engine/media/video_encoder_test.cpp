@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
+#include <string>
 #include <vector>
 
 #include "engine/media/av/compat.h"
@@ -174,6 +179,53 @@ TEST(VideoEncoder, TakesUnknownAndImpossibleRates) {
         EXPECT_EQ(test.finish().size(), 1U);
     }
 }
+
+#ifdef M_PERTURB
+/// While it lives, memory is allocated full of a certain byte, where it is not cleared.
+class SoiledMemory {
+public:
+    explicit SoiledMemory(int byte) { mallopt(M_PERTURB, ~byte & 0xff); }
+    ~SoiledMemory() { mallopt(M_PERTURB, 0); }
+    SoiledMemory(const SoiledMemory&) = delete;
+    SoiledMemory& operator=(const SoiledMemory&) = delete;
+};
+
+/// Of a texture that moves, so that there is something to foresee.
+av::FramePtr makeTexture(PictureSize size, int number) {
+    auto picture =
+        test::makePicture(AV_PIX_FMT_YUV420P, size.width, size.height, {0, 128, 128}, number * 40);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x) {
+            const int place = (x + 3 * number) / 5 * 7919 ^ (y + number) / 3 * 104729;
+            picture->data[0][y * picture->linesize[0] + x] =
+                static_cast<std::uint8_t>(64 + place % 128);
+        }
+    return picture;
+}
+
+std::string encodedTextures() {
+    constexpr PictureSize size{320, 240};
+    VideoEncoder encoder(
+        encodeSettings(size, {1, 1}, 0, ExportPreset::AVAssetExportPresetHighestQuality),
+        atRate(25), "test");
+    std::string bytes;
+    const auto sink = [&bytes](AVPacket& packet) {
+        bytes.append(packet.data, packet.data + packet.size);
+    };
+    for (int number = 0; number < 16; ++number)
+        encoder.push(*makeTexture(size, number), sink);
+    encoder.finish(sink);
+    return bytes;
+}
+
+TEST(VideoEncoder, MakesTheSameWhateverLayInMemoryBefore) {
+    const std::string expected = encodedTextures();
+    for (const int byte : {1, 0x55, 0x80, 0xfe}) {
+        const SoiledMemory soiled(byte);
+        EXPECT_TRUE(encodedTextures() == expected) << byte;
+    }
+}
+#endif
 
 } // namespace
 

@@ -10,6 +10,7 @@ extern "C" {
 #include <libavutil/audio_fifo.h>
 #include <libavutil/avstring.h>
 #include <libavutil/avutil.h>
+#include <libavutil/cpu.h>
 #include <libavutil/display.h>
 #include <libavutil/dovi_meta.h>
 #include <libavutil/mathematics.h>
