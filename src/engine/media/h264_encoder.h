@@ -18,8 +18,11 @@ struct H264Encoder {
     double quality = 0;
     /// The encoder's own name for how hard it tries; empty where it has none.
     const char* effort = "";
-    /// "x264-params" for processors with AVX-512.
-    const char* withAvx512 = "";
+    /// "x264-params" that keep the encoder from AVX-512; for pictures of certain widths only.
+    const char* withoutAvx512 = "";
+
+    /// Whether the functions for AVX-512 can be used on pictures of this width, in pixels.
+    static bool canUseAvx512(int width);
 };
 
 /// The encoders that are there, the one to be taken first; the next is for when it does not open.

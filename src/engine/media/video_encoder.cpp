@@ -57,9 +57,10 @@ void configure(AVCodecContext& context, const EncodeSettings& settings,
 
 /// A negative FFmpeg code on failure.
 int setInstructions(AVCodecContext& context, const H264Encoder& encoder) {
-    if (!*encoder.withAvx512 || !(av_get_cpu_flags() & AV_CPU_FLAG_AVX512))
+    const bool hasAvx512 = (av_get_cpu_flags() & AV_CPU_FLAG_AVX512) != 0;
+    if (!*encoder.withoutAvx512 || !hasAvx512 || H264Encoder::canUseAvx512(context.width))
         return 0;
-    return av_opt_set(context.priv_data, "x264-params", encoder.withAvx512, 0);
+    return av_opt_set(context.priv_data, "x264-params", encoder.withoutAvx512, 0);
 }
 
 /// A negative FFmpeg code on failure.

@@ -43,7 +43,14 @@ TEST(H264Encoder, IsToldTheQualityThatWasMeasuredInSoftware) {
     EXPECT_EQ(encoders[0].scale, H264Encoder::Scale::rateFactor);
     EXPECT_DOUBLE_EQ(encoders[0].quality, 17);
     EXPECT_STREQ(encoders[0].effort, "veryfast");
-    EXPECT_STREQ(encoders[0].withAvx512, "asm=AVX2,FMA3,BMI2,LZCNT");
+    EXPECT_STREQ(encoders[0].withoutAvx512, "asm=AVX2,FMA3,BMI2,LZCNT");
+}
+
+TEST(H264Encoder, UsesAvx512WhereNoRestOfARowRemains) {
+    for (const int width : {128, 1280, 1920, 3840, 1280 - 15})
+        EXPECT_TRUE(H264Encoder::canUseAvx512(width)) << width;
+    for (const int width : {2, 32, 320, 720, 854, 1280 - 16, 1280 + 1})
+        EXPECT_FALSE(H264Encoder::canUseAvx512(width)) << width;
 }
 
 } // namespace
