@@ -44,10 +44,10 @@ constexpr int macroblocksAtOnce = 8;
 
 } // namespace
 
-// x264's functions for AVX-512 take that many macroblocks of a row at once. Where a rest remains they
-// read memory that nobody has written to (seen in revisions 3095 and 3108): of a clip of 320x240, one
-// encoding in ten was another, by what had lain there. Of 21 widths, the 15 without a rest came out
-// the same, and the others did not.
+// x264's functions for AVX-512 take that many macroblocks of a row at once. Where a rest remains
+// they read memory that nobody has written to (seen in revisions 3095 and 3108): of a clip of
+// 320x240, one encoding in ten was another, by what had lain there. Of 21 widths, the 15 without a
+// rest came out the same, and the others did not.
 bool H264Encoder::canUseAvx512(int width) {
     return (width + macroblock - 1) / macroblock % macroblocksAtOnce == 0;
 }
