@@ -122,7 +122,7 @@ def measure_conversion(desktop, programs, sound):
     frames = Frames(desktop, os.path.join(programs, "boxlift"), sound)
     desktop.window_of(frames.process, "Boxlift")
     window = Window("boxlift")
-    button = window.find("push button", "Convert All")
+    button = window.find("button", "Convert All")
     wait_for("the analysis", lambda: "Reading…" not in window.names())
     settle(frames)
     desktop.click(window.centre(button))
@@ -130,7 +130,7 @@ def measure_conversion(desktop, programs, sound):
     start, count, began = cpu_seconds(frames.process), len(frames.times), time.monotonic()
     time.sleep(3)
     seconds = time.monotonic() - began
-    if "Stop" not in window.names("push button"):
+    if "Stop" not in window.names("button"):
         raise SystemExit("the conversion was too short to be measured")
     print(f"while converting       {(cpu_seconds(frames.process) - start) / seconds * 100:6.1f} % of "
           f"a core, {(len(frames.times) - count) / seconds:.1f} frames a second   budget 10")

@@ -1,6 +1,9 @@
 # What the queue and the window take from Qt and QCoro.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg Qml Quick Test)
 find_package(QCoro6 REQUIRED COMPONENTS Core)
+if(NOT APPLE)
+    find_package(Fontconfig REQUIRED)
+endif()
 
 # boxlift_require_qml_module(<import uri> <Debian package>): a missing QML module would show only
 # when the window is started. The property BOXLIFT_QML_PACKAGES collects the packages.

@@ -30,9 +30,9 @@ int run(int argc, char** argv) {
     qputenv("LC_ALL", "C.UTF-8");
     const StopOnSignals stopSignals;
     const QCoreApplication application(argc, argv);
-    return static_cast<int>(drive(commandLine,
-                                  boxlift::workerEngine({.program = boxlift::workerProgram()}),
-                                  writeToStandardOutput, stopSignals.token()));
+    const boxlift::Engine engine = boxlift::workerEngine({.program = boxlift::workerProgram()});
+    engine.prepare();
+    return static_cast<int>(drive(commandLine, engine, writeToStandardOutput, stopSignals.token()));
 }
 
 } // namespace

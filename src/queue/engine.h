@@ -17,6 +17,8 @@ struct Engine {
                        SizeOption size, bool removeAudio, const std::filesystem::path& output,
                        const Converter::Progress& progress, std::stop_token stop)>
         convert;
+    /// Makes ready what analyses need, ahead of the first one; where there is anything. Any thread.
+    std::function<void()> prepare = {};
 };
 
 /// The real one, in this process.

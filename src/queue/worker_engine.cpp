@@ -77,9 +77,9 @@ std::shared_ptr<const media::InputFile> openToAnalyze(const fs::path& url) {
 class WorkerEngine {
 public:
     explicit WorkerEngine(const WorkerSettings& settings)
-        : m_patience(settings.patience), m_stock(settings.program) {
-        m_stock.prepare(worker::Role::analysis);
-    }
+        : m_patience(settings.patience), m_stock(settings.program) {}
+
+    void prepare() { m_stock.prepare(worker::Role::analysis); }
 
     MediaInfo analyze(const fs::path& url, const std::stop_token& stop) {
         return Converter::cancellable(stop, [&] {
@@ -176,6 +176,7 @@ Engine workerEngine(const WorkerSettings& settings) {
                 return engine->convert({url, info, target, size, removeAudio, output}, progress,
                                        stop);
             },
+        .prepare = [engine] { engine->prepare(); },
     };
 }
 

@@ -64,14 +64,12 @@ Item {
         onDropped: urls => root.queue.handleDrop(urls)
     }
 
-    DashedOutline {
-        objectName: "dragHighlight"
+    Loader {
         anchors {
             fill: parent
             margins: Theme.scaled(8)
         }
-        visible: drop.targeted
-        color: Theme.accent
-        scaling: Theme.scale
+        active: drop.targeted
+        source: "DragHighlight.qml"
     }
 }

@@ -12,6 +12,10 @@ T.ApplicationWindow {
     required property bool hasMenuBar
     // For the panels, which are not made of QML.
     readonly property QtObject theme: Theme
+    // The window is on its way to the screen: what it holds is made meanwhile.
+    property bool opened: false
+    // It has been drawn: what the first frame did not need is made.
+    property bool seen: false
 
     title: "Boxlift"
     minimumWidth: Theme.scaled(780)
@@ -23,31 +27,20 @@ T.ApplicationWindow {
     menuBar: MenuBar {
         visible: root.hasMenuBar
 
-        Menu {
-            title: "File"
-
-            MenuItem {
-                objectName: "menuAddFiles"
-                text: "Add Files…"
-                keys: Texts.openKeys
-                onTriggered: opening.start()
-            }
-
-            MenuItem {
-                objectName: "menuQuit"
-                text: "Quit"
-                keys: Texts.quitKeys
-                onTriggered: Qt.quit()
-            }
+        MenuBarItem {
+            text: "File"
+            menu: fileMenu.item as T.Menu
         }
     }
 
-    // The menu has to be closed before the panel opens.
-    Timer {
-        id: opening
+    Loader {
+        id: fileMenu
+    }
 
-        interval: 0
-        onTriggered: root.queue.chooseFiles()
+    onOpenedChanged: content.setSource("ContentView.qml", { queue: queue })
+    onSeenChanged: {
+        if (hasMenuBar)
+            fileMenu.setSource("FileMenu.qml", { queue: queue })
     }
 
     // qmllint disable unqualified
@@ -65,8 +58,9 @@ T.ApplicationWindow {
     }
     // qmllint enable unqualified
 
-    ContentView {
+    Loader {
+        id: content
+
         anchors.fill: parent
-        queue: root.queue
     }
 }

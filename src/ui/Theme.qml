@@ -18,8 +18,8 @@ QtObject {
 
     // Fonts, in pixels.
     readonly property string family: SystemFont.family
-    readonly property int title2: Math.round(17 * scale)
-    readonly property int body: Math.round(13 * scale)
+    readonly property int title2: SystemFont.title
+    readonly property int body: SystemFont.body
     readonly property int headline: Math.round(13 * scale)
     readonly property int caption: Math.round(11 * scale)
     readonly property int caption2: Math.round(10 * scale)

@@ -12,6 +12,7 @@
 #include "queue/worker_program.h"
 #include "ui/desktop/application_id.h"
 #include "ui/desktop/single_instance.h"
+#include "ui/read_ahead.h"
 #include "ui/shell.h"
 #include "ui/window_rendering.h"
 
@@ -36,6 +37,7 @@ std::vector<std::filesystem::path> handedOver(std::span<char*> arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
+    const boxlift::ReadAhead ahead;
     boxlift::preferSoftwareRendering();
     QApplication application(argc, argv);
     // It takes over the user's language, and with it a decimal comma, which texts here do not have.

@@ -5,41 +5,75 @@
 #include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
+#include <QQmlComponent>
 #include <QQuickWindow>
 
 #include "ui/panel_palette.h"
+#include "ui/system_font.h"
 #include "ui/system_menu_bar.h"
 #include "ui/window_icon.h"
 #include "ui/window_module.h"
 
 namespace boxlift {
 
+namespace {
+
+constexpr QLatin1String mainFile("Main.qml");
+constexpr QLatin1String contentFile("ContentView.qml");
+
+QUrl urlOf(QLatin1String file) {
+    return QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/") + file);
+}
+
+/// Has begun, on a thread of its own, to read what the window is made of.
+std::unique_ptr<QQmlApplicationEngine> makeQmlEngine() {
+    auto engine = std::make_unique<QQmlApplicationEngine>();
+    addWindowModule(*engine);
+    for (const QLatin1String file : {mainFile, contentFile})
+        new QQmlComponent(engine.get(), urlOf(file), QQmlComponent::Asynchronous, engine.get());
+    return engine;
+}
+
+} // namespace
+
 Shell::Shell(Engine engine)
-    : m_chooser([this] { return palette(); }),
+    : m_qml(makeQmlEngine()), m_prepareEngine(engine.prepare),
+      m_chooser([this] { return palette(); }),
       m_queue({std::move(engine), m_chooser, m_preferences, UserFolders::ofSystem()}),
       m_presence(m_queue, QDBusConnection::sessionBus(),
                  [this] { return window() && window()->isActive(); }),
-      m_systemMenuBar(makeSystemMenuBar(m_queue)),
-      m_qml(std::make_unique<QQmlApplicationEngine>()) {
-    addWindowModule(*m_qml);
+      m_systemMenuBar(makeSystemMenuBar(m_queue)) {
     qApp->installEventFilter(this);
     connect(&m_presence, &RunPresence::windowWanted, this, &Shell::raiseWindow);
 }
 
-Shell::~Shell() = default;
+Shell::~Shell() {
+    // The window ends before what it shows.
+    m_qml.reset();
+}
 
 QQuickWindow* Shell::openWindow() {
+    // Meanwhile the window's files are read.
+    SystemFont::prepare();
     m_qml->setInitialProperties({{QStringLiteral("queue"), QVariant::fromValue(&m_queue)},
                                  {QStringLiteral("hasMenuBar"), m_systemMenuBar == nullptr}});
-    m_qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Boxlift/Main.qml")));
+    m_qml->load(urlOf(mainFile));
     if (!window())
         return nullptr;
-    // After the first frame, which it would hold up.
-    connect(
-        window(), &QQuickWindow::frameSwapped, window(),
-        [] { QGuiApplication::setWindowIcon(windowIcon()); }, Qt::SingleShotConnection);
+    // Queued: the frame is on the screen only when control is back in the event loop.
+    connect(window(), &QQuickWindow::frameSwapped, this, &Shell::finishStart,
+            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     raiseWindow();
+    window()->setProperty("opened", true);
     return window();
+}
+
+/// After the first frame, which all this would hold up.
+void Shell::finishStart() {
+    window()->setProperty("seen", true);
+    QGuiApplication::setWindowIcon(windowIcon());
+    if (m_prepareEngine)
+        m_prepareEngine();
 }
 
 void Shell::raiseWindow() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -36,15 +37,17 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void finishStart();
     QQuickWindow* window() const;
     QPalette palette() const;
 
+    std::unique_ptr<QQmlApplicationEngine> m_qml;
+    std::function<void()> m_prepareEngine;
     UserPreferences m_preferences;
     DialogChooser m_chooser;
     Queue m_queue;
     RunPresence m_presence;
     std::unique_ptr<QObject> m_systemMenuBar;
-    std::unique_ptr<QQmlApplicationEngine> m_qml;
 };
 
 } // namespace boxlift

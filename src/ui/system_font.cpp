@@ -1,11 +1,14 @@
 #include "ui/system_font.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QEvent>
 #include <QFontDatabase>
-#include <QFontInfo>
 #include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QScreen>
 
 namespace boxlift {
 
@@ -17,9 +20,30 @@ constexpr double largestUsualPixels = 15;
 constexpr double smallestScale = 0.75;
 constexpr double largestScale = 3;
 
+constexpr int bodyPixels = 13;
+constexpr int titlePixels = 17;
+
 QString preferredFamily() {
     const QString inter = QStringLiteral("Inter");
     return QFontDatabase::hasFamily(inter) ? inter : QGuiApplication::font().family();
+}
+
+/// Asks no font engine, which would have to be made for it.
+double pixelSize(const QFont& font) {
+    if (font.pixelSize() > 0)
+        return font.pixelSize();
+    constexpr double pointsPerInch = 72;
+    return font.pointSizeF() * QGuiApplication::primaryScreen()->logicalDotsPerInch() /
+           pointsPerInch;
+}
+
+void drawLetters(const QFont& font) {
+    QImage ground(1, 1, QImage::Format_RGB32);
+    QPainter painter(&ground);
+    painter.setFont(font);
+    painter.drawText(0, 0,
+                     QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                    "0123456789 ,./~…"));
 }
 
 } // namespace
@@ -34,9 +58,32 @@ double SystemFont::scaleFor(double pixels) {
     return std::clamp(pixels / usual, smallestScale, largestScale);
 }
 
+void SystemFont::prepare() {
+    const SystemFont system;
+    QFont font;
+    font.setFamily(system.family());
+    font.setPixelSize(system.body());
+    drawLetters(font);
+    font.setPixelSize(system.title());
+    font.setWeight(QFont::DemiBold);
+    drawLetters(font);
+}
+
+int SystemFont::body() const {
+    return scaled(bodyPixels);
+}
+
+int SystemFont::title() const {
+    return scaled(titlePixels);
+}
+
+int SystemFont::scaled(int pixels) const {
+    return static_cast<int>(std::lround(pixels * m_scale));
+}
+
 void SystemFont::refresh() {
     const QString family = preferredFamily();
-    const double scale = scaleFor(QFontInfo(QGuiApplication::font()).pixelSize());
+    const double scale = scaleFor(pixelSize(QGuiApplication::font()));
     if (family == m_family && scale == m_scale)
         return;
     m_family = family;

@@ -86,6 +86,14 @@ protected:
     std::vector<double> m_progress;
 };
 
+/// A program that leaves a file where it was started.
+fs::path markingProgram(const fs::path& mark) {
+    const fs::path program =
+        writeFile(mark.parent_path() / "program", "#!/bin/sh\n: >'" + mark.string() + "'\n");
+    fs::permissions(program, fs::perms::owner_all);
+    return program;
+}
+
 /// Stops soon after it was made.
 class StopSoon {
 public:
@@ -220,6 +228,18 @@ TEST_F(WorkerEngineTest, DoesNothingAfterAStop) {
     EXPECT_EQ(analyze("film", stop.get_token()), "cancelled");
     EXPECT_EQ(convert("film", stop.get_token()), "cancelled");
     EXPECT_EQ(readFile(output()), "standing");
+}
+
+TEST_F(WorkerEngineTest, StartsNothingAheadBeforeItIsTold) {
+    const fs::path mark = m_folder.path() / "started";
+    restart(markingProgram(mark));
+    std::this_thread::sleep_for(200ms);
+    EXPECT_FALSE(fs::exists(mark));
+    m_engine.prepare();
+    const auto end = std::chrono::steady_clock::now() + soon;
+    while (!fs::exists(mark) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(fs::exists(mark));
 }
 
 TEST_F(WorkerEngineTest, SaysThatItIsIncompleteWithoutItsWorker) {

@@ -29,6 +29,7 @@ protected:
     void SetUp() override {
         window = shell.openWindow();
         ASSERT_NE(window, nullptr);
+        ASSERT_EQ(preparations, 0) << "nothing has been drawn yet";
         ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     }
 
@@ -54,9 +55,11 @@ protected:
     }
 
     TempFolder folder;
+    int preparations = 0;
     Shell shell{
         Engine{.analyze = [](const std::filesystem::path&, std::stop_token) { return MediaInfo(); },
-               .convert = [](const auto&...) { return Mode::boxlift; }}};
+               .convert = [](const auto&...) { return Mode::boxlift; },
+               .prepare = [this] { ++preparations; }}};
     QQuickWindow* window = nullptr;
     /// Of the panel.
     QColor color;
@@ -95,6 +98,8 @@ TEST_F(ShellTest, OpensThePanelFromTheMenu) {
     auto* titles = bar->property("contentItem").value<QQuickItem*>();
     QQuickItem* file = titles->childItems().constFirst();
     EXPECT_EQ(file->property("text").toString().toStdString(), "File");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return file->property("menu").value<QObject*>(); }));
+    EXPECT_EQ(file->property("text").toString().toStdString(), "File");
     click(file);
     QQuickItem* entry = nullptr;
     ASSERT_TRUE(QTest::qWaitFor([&] {
@@ -125,6 +130,13 @@ TEST_F(ShellTest, GrowsItsSmallestSizeWithTheSystemsText) {
     const FontSize large(30);
     EXPECT_EQ(window->minimumWidth(), 2 * 780);
     EXPECT_EQ(window->minimumHeight(), 2 * (520 + bars));
+}
+
+TEST_F(ShellTest, PreparesTheEngineOnceItHasBeenSeen) {
+    EXPECT_TRUE(QTest::qWaitFor([&] { return preparations > 0; }));
+    window->update();
+    QTest::qWait(50);
+    EXPECT_EQ(preparations, 1);
 }
 
 TEST_F(ShellTest, ShowsItsIconInTheTitleBar) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFontDatabase>
+#include <QScreen>
 #include <QSignalSpy>
 
 #include "ui/support/font_size.h"
@@ -41,6 +42,26 @@ TEST(SystemFont, FollowsTheSystem) {
     size.set(30);
     EXPECT_DOUBLE_EQ(systemFont.scale(), 2);
     EXPECT_EQ(changes.count(), 1);
+}
+
+TEST(SystemFont, MeasuresTheSystemsTextInPointsToo) {
+    const QFont before = QGuiApplication::font();
+    QFont font = before;
+    const double dotsPerPoint = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 72;
+    font.setPointSizeF(30 / dotsPerPoint);
+    QApplication::setFont(font);
+    EXPECT_DOUBLE_EQ(SystemFont().scale(), 2);
+    QApplication::setFont(before);
+}
+
+TEST(SystemFont, SaysHowLargeTextIs) {
+    FontSize size(13);
+    const SystemFont systemFont;
+    EXPECT_EQ(systemFont.body(), 13);
+    EXPECT_EQ(systemFont.title(), 17);
+    size.set(18);
+    EXPECT_EQ(systemFont.body(), 16);
+    EXPECT_EQ(systemFont.title(), 20);
 }
 
 } // namespace

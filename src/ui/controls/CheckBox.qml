@@ -40,7 +40,7 @@ T.CheckBox {
         }
 
         FocusRing {
-            visible: root.visualFocus
+            shown: root.visualFocus
             innerRadius: parent.radius
         }
     }

@@ -11,6 +11,10 @@ Item {
     required property bool focused
     property bool prominent: false
 
+    readonly property color prominentColor: down ? Qt.tint(Theme.accentFill, Qt.rgba(0, 0, 0, 0.16))
+                                          : hovered ? Qt.tint(Theme.accentFill, Qt.rgba(1, 1, 1, 0.10))
+                                          : Theme.accentFill
+
     // The shadow where the face touches the ground.
     Rectangle {
         anchors.fill: parent
@@ -25,24 +29,17 @@ Item {
 
         anchors.fill: parent
         radius: Theme.controlRadius
-        color: root.prominent ? Theme.accentFill
+        color: root.prominent ? root.prominentColor
              : root.down ? Theme.controlDown
              : root.hovered ? Theme.controlHover
              : Theme.control
         border {
             width: 1
-            color: root.prominent ? Qt.darker(Theme.accentFill, 1.18) : Theme.controlOutline
+            color: root.prominent ? Qt.darker(face.color, 1.18) : Theme.controlOutline
         }
     }
 
-    Rectangle {
-        anchors.fill: parent
-        radius: face.radius
-        visible: root.prominent && (root.down || root.hovered)
-        color: root.down ? Qt.rgba(0, 0, 0, 0.16) : Qt.rgba(1, 1, 1, 0.10)
-    }
-
     FocusRing {
-        visible: root.focused
+        shown: root.focused
     }
 }

@@ -2,18 +2,16 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Boxlift
 
-// Around the control that has the keyboard's focus.
-Rectangle {
+// Around the control that has the keyboard's focus; made when it is wanted.
+Loader {
     id: root
 
+    property bool shown: false
     property real innerRadius: Theme.controlRadius
 
     anchors.fill: parent
     anchors.margins: -Theme.focusWidth
-    radius: innerRadius + Theme.focusWidth
-    color: "transparent"
-    border {
-        width: Theme.focusWidth
-        color: Theme.focusRing
-    }
+    active: shown
+    source: "FocusRingFrame.qml"
+    onLoaded: (item as FocusRingFrame).radius = innerRadius + Theme.focusWidth
 }

@@ -35,7 +35,7 @@ T.AbstractButton {
              : "transparent"
 
         FocusRing {
-            visible: root.visualFocus
+            shown: root.visualFocus
             anchors.margins: 0
             innerRadius: Theme.controlRadius - Theme.focusWidth
         }
