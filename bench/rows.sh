@@ -123,6 +123,14 @@ rowReencode() {
     size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
 }
 
+# Pictures' memory: the film, and one of five times its length.
+rowFrames() {
+    makeFilm
+    makeLongFilm
+    echo "allocations of a picture's size, re-encoding to 720p and to 1080p"
+    "$root/build/bench/bin/frame_allocations" "$work/out" "$work/film.mov" "$work/minute.mov"
+}
+
 # What ten and a hundred times the work costs. Processor seconds hardly depend on other work.
 
 # tellGrowth WHAT UNITS COMMAND...: a line for so many units of work; what one of them costs.
