@@ -34,6 +34,12 @@ makeLongFilm() {
     makeOnce "$work/minute.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t 60
 }
 
+# makeLightFilm SECONDS: no compressed picture of it takes as much memory as a picture.
+makeLightFilm() {
+    makeOnce "$work/light-$1.mov" ffmpeg -v error -f lavfi -i "$picture" -t "$1" \
+        -c:v libx264 -preset ultrafast -b:v 8M -maxrate 8M -bufsize 2M -pix_fmt yuv420p
+}
+
 # makeLargeFilm MEBIBYTES: the film over and over.
 makeLargeFilm() {
     makeFilm

@@ -4,11 +4,12 @@
 #include <cmath>
 #include <limits>
 
+#include "engine/media/audio_stretch.h"
+
 namespace boxlift::media {
 
 namespace {
 
-constexpr std::int64_t frameLength = 1024;
 /// Reading and encoding even out over this much.
 constexpr std::int64_t slack = 65536;
 
@@ -19,19 +20,30 @@ constexpr double mostSecondsWaiting = 600;
 constexpr double shortestSeconds = 60;
 /// More of them would only make the stretches shorter.
 constexpr int mostWorkers = 8;
+/// Reading takes about so much of the time that encoding takes.
+constexpr double readingShare = 0.05;
 /// What is said of a duration is not exact; a last stretch of some samples would be a waste.
 constexpr double secondsMore = 1;
 
 StretchPlan serialPlan() {
     // Half the range, so that positions can be added to it.
     constexpr auto endless = std::numeric_limits<std::int64_t>::max() / 2;
-    return {endless / frameLength * frameLength, 1, slack};
+    constexpr auto length = endless / AudioStretch::frameLength * AudioStretch::frameLength;
+    return {length, length, 1, slack};
 }
 
-StretchPlan parallelPlan(double secondsPerStretch, int sampleRate, int workers) {
-    const double frames = std::ceil(secondsPerStretch * sampleRate / frameLength);
-    const std::int64_t length = static_cast<std::int64_t>(frames) * frameLength;
-    return {length, workers, workers * length + slack};
+std::int64_t wholeFrames(double samples) {
+    return static_cast<std::int64_t>(std::ceil(samples / AudioStretch::frameLength)) *
+           AudioStretch::frameLength;
+}
+
+/// The second stretch can begin when the first has been read, and has a lead to encode besides: by
+/// so much the first one is longer, for both to end at the same time.
+StretchPlan parallelPlan(double samples, int stretches, int workers) {
+    const double lead = AudioStretch::lead;
+    const std::int64_t length = wholeFrames((samples - lead) / (stretches + readingShare));
+    const std::int64_t first = wholeFrames(static_cast<double>(length) * (1 + readingShare) + lead);
+    return {first, length, workers, workers * length + slack};
 }
 
 } // namespace
@@ -45,8 +57,9 @@ StretchPlan planStretches(Time duration, int sampleRate, unsigned cores) {
     if (workers < 2)
         return serialPlan();
     // Each worker gets as many stretches as any other.
-    const double rounds = std::ceil(seconds / (mostSecondsWaiting + 2 * secondsMore));
-    return parallelPlan(seconds / (rounds * workers), sampleRate, workers);
+    const auto rounds =
+        static_cast<int>(std::ceil(seconds / (mostSecondsWaiting + 2 * secondsMore)));
+    return parallelPlan(seconds * sampleRate, rounds * workers, workers);
 }
 
 } // namespace boxlift::media

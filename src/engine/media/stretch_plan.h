@@ -9,7 +9,10 @@ namespace boxlift::media {
 /// How a run of audio is divided into stretches that are encoded at the same time. In samples, per
 /// channel.
 struct StretchPlan {
-    std::int64_t length = 0; ///< Of a stretch; a whole number of frames of AAC.
+    /// Of the first stretch, which begins with the file and needs no lead, and of each other one;
+    /// whole numbers of frames of AAC.
+    std::int64_t first = 0;
+    std::int64_t length = 0;
     int workers = 1;
     std::int64_t readAhead = 0; ///< How much may be waiting to be encoded and written.
 };

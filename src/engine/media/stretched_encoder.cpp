@@ -78,7 +78,8 @@ void StretchedEncoder::remember(const PcmSlice& slice) {
 }
 
 void StretchedEncoder::openStretch() {
-    const std::int64_t end = m_nextBegin + m_plan.length;
+    const bool isFirst = m_nextBegin == m_origin;
+    const std::int64_t end = m_nextBegin + (isFirst ? m_plan.first : m_plan.length);
     const auto stretch = std::make_shared<AudioStretch>(m_origin, m_nextBegin, end);
     m_nextBegin = end;
     {

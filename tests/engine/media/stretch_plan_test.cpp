@@ -1,3 +1,4 @@
+#include "engine/media/audio_stretch.h"
 #include "engine/media/stretch_plan.h"
 
 #include <cmath>
@@ -17,8 +18,18 @@ bool isSerial(const StretchPlan& plan) {
     return plan.workers == 1 && plan.length > std::int64_t{1} << 60;
 }
 
+/// The first one, and those like the others.
 double stretches(double seconds, const StretchPlan& plan) {
-    return seconds * rate / static_cast<double>(plan.length);
+    const double rest = seconds * rate - static_cast<double>(plan.first);
+    return 1 + rest / static_cast<double>(plan.length);
+}
+
+/// What the worker of the first stretches encodes, and another one, in samples.
+double difference(double seconds, const StretchPlan& plan) {
+    const double lead = AudioStretch::lead;
+    const double rounds = std::round(stretches(seconds, plan) / plan.workers);
+    const double others = static_cast<double>(plan.length) + lead;
+    return static_cast<double>(plan.first) + (rounds - 1) * others - rounds * others;
 }
 
 TEST(StretchPlan, IsOneStretchForWhatIsShortOrUnknownAndForOneCore) {
@@ -41,15 +52,35 @@ TEST(StretchPlan, GivesEachWorkerAsManyStretches) {
         }
 }
 
+TEST(StretchPlan, GivesTheFirstWorkerMoreByWhatTheSecondWaitsForItsBegin) {
+    for (const double seconds : {130.0, 600.0, 3600.0}) {
+        const StretchPlan plan = planFor(seconds, 2);
+        const double waiting = 0.05 * static_cast<double>(plan.length);
+        EXPECT_NEAR(difference(seconds, plan), waiting, 2048) << seconds << " s";
+    }
+}
+
+TEST(StretchPlan, CoversTheWholeDuration) {
+    for (const double seconds : {130.0, 600.0, 602.0, 3600.0})
+        for (const unsigned cores : {2U, 3U, 8U}) {
+            const StretchPlan plan = planFor(seconds, cores);
+            const double count = stretches(seconds, plan);
+            EXPECT_LE(count, std::round(count)) << "a last one of next to nothing";
+        }
+}
+
 TEST(StretchPlan, HasStretchesOfWholeFrames) {
-    EXPECT_EQ(planFor(601.3, 2).length % 1024, 0);
-    EXPECT_EQ(planFor(10, 2).length % 1024, 0);
+    for (const double seconds : {10.0, 601.3}) {
+        EXPECT_EQ(planFor(seconds, 2).first % 1024, 0);
+        EXPECT_EQ(planFor(seconds, 2).length % 1024, 0);
+    }
 }
 
 TEST(StretchPlan, MakesStretchesMuchLongerThanTheirLead) {
     for (const double seconds : {121.0, 200.0, 600.0, 36'000.0})
         for (const unsigned cores : {2U, 4U, 64U})
-            EXPECT_GE(planFor(seconds, cores).length, 59 * rate) << seconds << " s, " << cores;
+            EXPECT_GE(planFor(seconds, cores).length, 3 * AudioStretch::lead)
+                << seconds << " s, " << cores;
 }
 
 TEST(StretchPlan, BoundsWhatWaitsHoweverLongItIsAndHoweverManyCores) {

@@ -21,11 +21,11 @@ using namespace std::chrono_literals;
 
 constexpr AudioEncoder::Settings stereo128{44100, AV_CH_LAYOUT_STEREO, 128'000};
 constexpr std::int64_t frame = AudioStretch::frameLength;
-constexpr StretchPlan serial{std::numeric_limits<std::int64_t>::max() / 4 / frame * frame, 1,
-                             65536};
+constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max() / 4 / frame * frame;
+constexpr StretchPlan serial{endless, endless, 1, 65536};
 /// Seams after every 450 frames, ten seconds and a half.
 constexpr std::int64_t length = 450 * frame;
-constexpr StretchPlan two{length, 2, 2 * length + 65536};
+constexpr StretchPlan two{length, length, 2, 2 * length + 65536};
 
 /// The value of a channel at a sample, -1 to 1.
 using Signal = std::function<double(int channel, std::int64_t sample)>;
@@ -214,7 +214,7 @@ TEST_F(StretchedEncoderTest, JoinsSilence) {
 }
 
 TEST_F(StretchedEncoderTest, EndsWellWhereverTheLastStretchEnds) {
-    constexpr StretchPlan small{40 * frame, 2, 2 * 40 * frame + 65536};
+    constexpr StretchPlan small{40 * frame, 40 * frame, 2, 2 * 40 * frame + 65536};
     for (const std::int64_t samples :
          {std::int64_t{1}, 40 * frame - 1, 40 * frame, 40 * frame + 1, 41 * frame, 50 * frame + 7,
           72 * frame, 80 * frame + 3 * frame}) {
