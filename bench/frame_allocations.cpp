@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iostream>
 #include <span>
+#include <stdexcept>
 
 #include "bench/large_allocations.h"
 #include "engine/converter.h"

@@ -8,8 +8,8 @@
 
 namespace boxlift {
 
-/// What the queue asks of the conversion engine. Both block, are called off the main thread and
-/// throw Cancelled after a stop.
+/// What is asked of the conversion engine. Analysis and conversion block, are called off the main
+/// thread and throw Cancelled after a stop.
 struct Engine {
     /// Called on several threads at once.
     std::function<MediaInfo(const std::filesystem::path& url, std::stop_token stop)> analyze;
@@ -17,7 +17,8 @@ struct Engine {
                        SizeOption size, bool removeAudio, const std::filesystem::path& output,
                        const Converter::Progress& progress, std::stop_token stop)>
         convert;
-    /// Makes ready what analyses need, ahead of the first one; where there is anything. Any thread.
+    /// Makes ready what analyses need, ahead of the first one; where there is anything. Does not
+    /// block; any thread.
     std::function<void()> prepare = {};
 };
 

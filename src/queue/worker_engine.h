@@ -15,8 +15,8 @@ struct WorkerSettings {
 };
 
 /// The engine in processes of its own: whatever a media file does to the one that reads it, this
-/// process goes on, and the job fails. Outcomes are those of Converter. After
-/// `prepare` workers are started ahead; they end with the last copy of what this returns.
+/// process goes on, and the job fails. Outcomes are those of Converter. Workers
+/// are started ahead, the first one by `prepare`, and end with the last copy of what this returns.
 ///
 /// A conversion has its worker for itself; analyses share a few. The source is opened, and the
 /// output made and named, in this process. A stop kills the worker: it owns nothing that could be

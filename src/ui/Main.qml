@@ -14,6 +14,7 @@ T.ApplicationWindow {
     readonly property QtObject theme: Theme
     // The window is on its way to the screen: what it holds is made meanwhile.
     property bool opened: false
+    readonly property bool filled: content.status === Loader.Ready
     // It has been drawn: what the first frame did not need is made.
     property bool seen: false
 
@@ -25,16 +26,25 @@ T.ApplicationWindow {
     color: Theme.window
 
     menuBar: MenuBar {
+        id: bar
+
         visible: root.hasMenuBar
 
         MenuBarItem {
+            id: placeholder
+
             text: "File"
-            menu: fileMenu.item as T.Menu
         }
     }
 
+    // A bar learns of a menu's end only when the menu is put into it as a whole.
     Loader {
         id: fileMenu
+
+        onLoaded: {
+            bar.removeItem(placeholder)
+            bar.insertMenu(0, item as T.Menu)
+        }
     }
 
     onOpenedChanged: content.setSource("ContentView.qml", { queue: queue })

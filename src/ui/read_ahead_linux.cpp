@@ -1,7 +1,7 @@
 #include "ui/read_ahead.h"
 
-#include <clocale>
 #include <locale.h>
+#include <system_error>
 
 #include <QLibrary>
 #include <QString>
@@ -31,6 +31,12 @@ void readAll() {
 
 } // namespace
 
-ReadAhead::ReadAhead() : m_thread(readAll) {}
+ReadAhead::ReadAhead() {
+    try {
+        m_thread = std::jthread(readAll);
+    } catch (const std::system_error&) {
+        // Without a thread everything is read when it is needed.
+    }
+}
 
 } // namespace boxlift

@@ -29,6 +29,7 @@ QUrl urlOf(QLatin1String file) {
 std::unique_ptr<QQmlApplicationEngine> makeQmlEngine() {
     auto engine = std::make_unique<QQmlApplicationEngine>();
     addWindowModule(*engine);
+    // The engine owns them; they keep what was read.
     for (const QLatin1String file : {mainFile, contentFile})
         new QQmlComponent(engine.get(), urlOf(file), QQmlComponent::Asynchronous, engine.get());
     return engine;
@@ -65,14 +66,15 @@ QQuickWindow* Shell::openWindow() {
             static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     raiseWindow();
     window()->setProperty("opened", true);
-    return window();
+    return window()->property("filled").toBool() ? window() : nullptr;
 }
 
 /// After the first frame, which all this would hold up.
 void Shell::finishStart() {
     window()->setProperty("seen", true);
     QGuiApplication::setWindowIcon(windowIcon());
-    if (m_prepareEngine)
+    // Files that came with the start have asked for what they need themselves.
+    if (m_prepareEngine && m_queue.jobs().empty())
         m_prepareEngine();
 }
 
@@ -85,6 +87,8 @@ void Shell::raiseWindow() {
 }
 
 QQuickWindow* Shell::window() const {
+    if (!m_qml)
+        return nullptr;
     const QList<QObject*> windows = m_qml->rootObjects();
     return windows.isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(windows.constFirst());
 }

@@ -33,8 +33,10 @@ double pixelSize(const QFont& font) {
     if (font.pixelSize() > 0)
         return font.pixelSize();
     constexpr double pointsPerInch = 72;
-    return font.pointSizeF() * QGuiApplication::primaryScreen()->logicalDotsPerInch() /
-           pointsPerInch;
+    constexpr double usualDotsPerInch = 96;
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const double dotsPerInch = screen ? screen->logicalDotsPerInchY() : usualDotsPerInch;
+    return std::round(font.pointSizeF() * dotsPerInch / pointsPerInch);
 }
 
 void drawLetters(const QFont& font) {

@@ -7,7 +7,7 @@
 namespace boxlift {
 
 /// The window's typeface, and how much larger than designed everything in the window has to be
-/// where the user has asked the system for larger text. Main thread, owned by the engine.
+/// where the user has asked the system for larger text. Main thread.
 class SystemFont : public QObject {
     Q_OBJECT
     QML_ELEMENT

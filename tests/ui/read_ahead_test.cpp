@@ -16,6 +16,7 @@ bool isLoaded(const char* library) {
 
 TEST(ReadAhead, LoadsTheLibrariesBehindWhatTheWindowImports) {
     { const ReadAhead ahead; }
+    EXPECT_FALSE(isLoaded("libQt6NoSuchLibrary.so.6"));
     EXPECT_TRUE(isLoaded("libQt6QuickTemplates2.so.6"));
     EXPECT_TRUE(isLoaded("libQt6QuickLayouts.so.6"));
     EXPECT_TRUE(isLoaded("libQt6QmlWorkerScript.so.6"));

@@ -42,6 +42,25 @@ protected:
         QTest::mouseClick(window, Qt::LeftButton, {}, item->mapToScene(centre).toPoint());
     }
 
+    QQuickItem* menuTitle() const {
+        const auto* bar = window->property("menuBar").value<QQuickItem*>();
+        return bar->property("contentItem").value<QQuickItem*>()->childItems().constFirst();
+    }
+
+    /// By a click on its title, which is there before the menu.
+    bool opensMenu(QQuickItem*& entry) {
+        EXPECT_EQ(menuTitle()->property("text").toString().toStdString(), "File");
+        if (!QTest::qWaitFor([&] { return menuTitle()->property("menu").value<QObject*>(); }))
+            return false;
+        EXPECT_EQ(menuTitle()->property("text").toString().toStdString(), "File");
+        QTest::qWait(50);
+        click(menuTitle());
+        return QTest::qWaitFor([&] {
+            entry = window->findChild<QQuickItem*>(QStringLiteral("menuAddFiles"));
+            return entry && entry->isVisible();
+        });
+    }
+
     /// The message of the panel that opens, which is then closed.
     void expectPanel(QString& message) {
         QTimer::singleShot(100, qApp, [this, &message] {
@@ -93,19 +112,8 @@ TEST_F(ShellTest, OpensThePanelWithItsKeys) {
 }
 
 TEST_F(ShellTest, OpensThePanelFromTheMenu) {
-    const auto* bar = window->property("menuBar").value<QQuickItem*>();
-    ASSERT_NE(bar, nullptr);
-    auto* titles = bar->property("contentItem").value<QQuickItem*>();
-    QQuickItem* file = titles->childItems().constFirst();
-    EXPECT_EQ(file->property("text").toString().toStdString(), "File");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return file->property("menu").value<QObject*>(); }));
-    EXPECT_EQ(file->property("text").toString().toStdString(), "File");
-    click(file);
     QQuickItem* entry = nullptr;
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        entry = window->findChild<QQuickItem*>(QStringLiteral("menuAddFiles"));
-        return entry && entry->isVisible();
-    }));
+    ASSERT_TRUE(opensMenu(entry));
     EXPECT_EQ(entry->property("text").toString().toStdString(), "Add Files…");
     EXPECT_EQ(entry->property("keys").toString().toStdString(), "Ctrl+O");
     QTest::qWait(50);
@@ -114,6 +122,30 @@ TEST_F(ShellTest, OpensThePanelFromTheMenu) {
     click(entry);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !message.isEmpty(); }));
     EXPECT_FALSE(entry->isVisible());
+    QTest::mouseMove(window, QPoint(400, 300));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !menuTitle()->property("highlighted").toBool(); }));
+    EXPECT_TRUE(opensMenu(entry)) << "again";
+}
+
+TEST_F(ShellTest, ClosesTheMenuWithEscape) {
+    QQuickItem* entry = nullptr;
+    ASSERT_TRUE(opensMenu(entry));
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !entry->isVisible(); }));
+    QTest::mouseMove(window, QPoint(400, 300));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !menuTitle()->property("highlighted").toBool(); }));
+    EXPECT_TRUE(opensMenu(entry)) << "again";
+}
+
+TEST_F(ShellTest, HasControlsThatTabReaches) {
+    const auto isThere = [&] {
+        const QQuickItem* focus = window->activeFocusItem();
+        return focus && focus->objectName() == QLatin1String("addFiles");
+    };
+    constexpr int most = 12;
+    for (int i = 0; i < most && !isThere(); ++i)
+        QTest::keyClick(window, Qt::Key_Tab);
+    EXPECT_TRUE(isThere());
 }
 
 TEST_F(ShellTest, TakesFilesThatTheDesktopHandsOver) {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QFontDatabase>
-#include <QScreen>
+#include <QFontInfo>
 #include <QSignalSpy>
 
 #include "ui/support/font_size.h"
@@ -44,13 +44,15 @@ TEST(SystemFont, FollowsTheSystem) {
     EXPECT_EQ(changes.count(), 1);
 }
 
-TEST(SystemFont, MeasuresTheSystemsTextInPointsToo) {
+TEST(SystemFont, MeasuresTheSystemsTextAsItsFontWouldBe) {
     const QFont before = QGuiApplication::font();
     QFont font = before;
-    const double dotsPerPoint = QGuiApplication::primaryScreen()->logicalDotsPerInch() / 72;
-    font.setPointSizeF(30 / dotsPerPoint);
-    QApplication::setFont(font);
-    EXPECT_DOUBLE_EQ(SystemFont().scale(), 2);
+    for (const double points : {8.0, 10.5, 11.5, 14.0, 22.5}) {
+        font.setPointSizeF(points);
+        QApplication::setFont(font);
+        const double expected = SystemFont::scaleFor(QFontInfo(font).pixelSize());
+        EXPECT_DOUBLE_EQ(SystemFont().scale(), expected) << points;
+    }
     QApplication::setFont(before);
 }
 

@@ -38,12 +38,12 @@ std::int64_t wholeFrames(double samples) {
 }
 
 /// The second stretch can begin when the first has been read, and has a lead to encode besides: by
-/// so much the first one is longer, for both to end at the same time.
+/// so much the first one is longer, for two workers to end at the same time.
 StretchPlan parallelPlan(double samples, int stretches, int workers) {
     const double lead = AudioStretch::lead;
     const std::int64_t length = wholeFrames((samples - lead) / (stretches + readingShare));
     const std::int64_t first = wholeFrames(static_cast<double>(length) * (1 + readingShare) + lead);
-    return {first, length, workers, workers * length + slack};
+    return {first, length, workers, std::max(first, workers * length) + slack};
 }
 
 } // namespace
@@ -53,12 +53,13 @@ StretchPlan planStretches(Time duration, int sampleRate, unsigned cores) {
     if (!duration.isValid())
         return serialPlan();
     const double seconds = duration.seconds() + secondsMore;
-    const auto workers = static_cast<int>(std::min<double>(most, seconds / shortestSeconds));
-    if (workers < 2)
-        return serialPlan();
     // Each worker gets as many stretches as any other.
     const auto rounds =
         static_cast<int>(std::ceil(seconds / (mostSecondsWaiting + 2 * secondsMore)));
+    const auto workers =
+        static_cast<int>(std::min<double>(most, seconds / (rounds * shortestSeconds)));
+    if (workers < 2)
+        return serialPlan();
     return parallelPlan(seconds * sampleRate, rounds * workers, workers);
 }
 

@@ -13,5 +13,5 @@ Loader {
     anchors.margins: -Theme.focusWidth
     active: shown
     source: "FocusRingFrame.qml"
-    onLoaded: (item as FocusRingFrame).radius = innerRadius + Theme.focusWidth
+    onLoaded: (item as FocusRingFrame).radius = Qt.binding(() => root.innerRadius + Theme.focusWidth)
 }
