@@ -18,11 +18,11 @@ QtObject {
 
     // Fonts, in pixels.
     readonly property string family: SystemFont.family
-    readonly property int title2: SystemFont.title
+    readonly property int title2: SystemFont.title2
+    readonly property int headline: SystemFont.headline
     readonly property int body: SystemFont.body
-    readonly property int headline: Math.round(13 * scale)
-    readonly property int caption: Math.round(11 * scale)
-    readonly property int caption2: Math.round(10 * scale)
+    readonly property int caption: SystemFont.caption
+    readonly property int caption2: SystemFont.caption2
 
     // Controls.
     readonly property int controlHeight: scaled(26)

@@ -20,9 +20,6 @@ constexpr double largestUsualPixels = 15;
 constexpr double smallestScale = 0.75;
 constexpr double largestScale = 3;
 
-constexpr int bodyPixels = 13;
-constexpr int titlePixels = 17;
-
 QString preferredFamily() {
     const QString inter = QStringLiteral("Inter");
     return QFontDatabase::hasFamily(inter) ? inter : QGuiApplication::font().family();
@@ -66,17 +63,9 @@ void SystemFont::prepare() {
     font.setFamily(system.family());
     font.setPixelSize(system.body());
     drawLetters(font);
-    font.setPixelSize(system.title());
+    font.setPixelSize(system.title2());
     font.setWeight(QFont::DemiBold);
     drawLetters(font);
-}
-
-int SystemFont::body() const {
-    return scaled(bodyPixels);
-}
-
-int SystemFont::title() const {
-    return scaled(titlePixels);
 }
 
 int SystemFont::scaled(int pixels) const {

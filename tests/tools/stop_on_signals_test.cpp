@@ -50,11 +50,11 @@ class StopOnSignalsTest : public testing::TestWithParam<int> {};
 
 TEST_P(StopOnSignalsTest, RequestsAStopAndLetsTheProcessLive) {
     const KeptSignalMask mask;
-    const StopOnSignals signals;
-    ASSERT_FALSE(signals.token().stop_requested());
+    const StopOnSignals stopper;
+    ASSERT_FALSE(stopper.token().stop_requested());
     ASSERT_EQ(::kill(::getpid(), GetParam()), 0);
 
-    EXPECT_TRUE(isStoppedSoon(signals.token()));
+    EXPECT_TRUE(isStoppedSoon(stopper.token()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, StopOnSignalsTest, testing::Values(SIGINT, SIGTERM));
@@ -63,20 +63,20 @@ TEST(StopOnSignals, EndsWithoutAStopWhenNoSignalCame) {
     const KeptSignalMask mask;
     std::stop_token token;
     {
-        const StopOnSignals signals;
-        token = signals.token();
+        const StopOnSignals stopper;
+        token = stopper.token();
     }
     EXPECT_FALSE(token.stop_requested());
 }
 
 TEST(StopOnSignals, TakesASecondSignalForTheSameWish) {
     const KeptSignalMask mask;
-    const StopOnSignals signals;
+    const StopOnSignals stopper;
     ::kill(::getpid(), SIGTERM);
-    ASSERT_TRUE(isStoppedSoon(signals.token()));
+    ASSERT_TRUE(isStoppedSoon(stopper.token()));
     ::kill(::getpid(), SIGTERM);
 
-    EXPECT_TRUE(signals.token().stop_requested());
+    EXPECT_TRUE(stopper.token().stop_requested());
 }
 
 } // namespace

@@ -280,7 +280,7 @@ TEST_F(JobRow, RemovesItsJob) {
 }
 
 TEST_F(JobRow, CutsALongNameInTheMiddle) {
-    show(stage.addReady(std::string(120, 'x') + ".mov"));
+    show(stage.addReady(std::string(120, 'x').append(".mov")));
     const QQuickItem* name = host->shown("fileName");
     EXPECT_TRUE(name->property("truncated").toBool());
     EXPECT_EQ(name->property("lineCount").toInt(), 1);

@@ -1,5 +1,7 @@
 #include "ui/system_font.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include <QFontDatabase>
@@ -56,14 +58,16 @@ TEST(SystemFont, MeasuresTheSystemsTextAsItsFontWouldBe) {
     QApplication::setFont(before);
 }
 
+std::vector<int> sizes(const SystemFont& font) {
+    return {font.title2(), font.headline(), font.body(), font.caption(), font.caption2()};
+}
+
 TEST(SystemFont, SaysHowLargeTextIs) {
     FontSize size(13);
     const SystemFont systemFont;
-    EXPECT_EQ(systemFont.body(), 13);
-    EXPECT_EQ(systemFont.title(), 17);
+    EXPECT_EQ(sizes(systemFont), (std::vector{17, 13, 13, 11, 10}));
     size.set(18);
-    EXPECT_EQ(systemFont.body(), 16);
-    EXPECT_EQ(systemFont.title(), 20);
+    EXPECT_EQ(sizes(systemFont), (std::vector{20, 16, 16, 13, 12}));
 }
 
 } // namespace

@@ -25,6 +25,8 @@ constexpr double readingShare = 0.05;
 /// What is said of a duration is not exact; a last stretch of some samples would be a waste.
 constexpr double secondsMore = 1;
 
+constexpr double lead = AudioStretch::lead;
+
 StretchPlan serialPlan() {
     // Half the range, so that positions can be added to it.
     constexpr auto endless = std::numeric_limits<std::int64_t>::max() / 2;
@@ -40,10 +42,14 @@ std::int64_t wholeFrames(double samples) {
 /// The second stretch can begin when the first has been read, and has a lead to encode besides: by
 /// so much the first one is longer, for two workers to end at the same time.
 StretchPlan parallelPlan(double samples, int stretches, int workers) {
-    const double lead = AudioStretch::lead;
     const std::int64_t length = wholeFrames((samples - lead) / (stretches + readingShare));
     const std::int64_t first = wholeFrames(static_cast<double>(length) * (1 + readingShare) + lead);
     return {first, length, workers, std::max(first, workers * length) + slack};
+}
+
+/// Of which none is shorter than `shortest`, in samples.
+double mostStretches(double samples, double shortest) {
+    return (samples - lead) / shortest - readingShare;
 }
 
 } // namespace
@@ -53,14 +59,15 @@ StretchPlan planStretches(Time duration, int sampleRate, unsigned cores) {
     if (!duration.isValid())
         return serialPlan();
     const double seconds = duration.seconds() + secondsMore;
+    const double samples = seconds * sampleRate;
     // Each worker gets as many stretches as any other.
     const auto rounds =
         static_cast<int>(std::ceil(seconds / (mostSecondsWaiting + 2 * secondsMore)));
-    const auto workers =
-        static_cast<int>(std::min<double>(most, seconds / (rounds * shortestSeconds)));
+    const auto workers = static_cast<int>(
+        std::min<double>(most, mostStretches(samples, shortestSeconds * sampleRate) / rounds));
     if (workers < 2)
         return serialPlan();
-    return parallelPlan(seconds * sampleRate, rounds * workers, workers);
+    return parallelPlan(samples, rounds * workers, workers);
 }
 
 } // namespace boxlift::media

@@ -40,7 +40,7 @@ T.CheckBox {
         }
 
         FocusRing {
-            shown: root.visualFocus
+            active: root.visualFocus
             innerRadius: parent.radius
         }
     }

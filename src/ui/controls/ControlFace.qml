@@ -40,6 +40,6 @@ Item {
     }
 
     FocusRing {
-        shown: root.focused
+        active: root.focused
     }
 }

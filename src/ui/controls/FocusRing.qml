@@ -6,12 +6,11 @@ import Boxlift
 Loader {
     id: root
 
-    property bool shown: false
     property real innerRadius: Theme.controlRadius
 
     anchors.fill: parent
     anchors.margins: -Theme.focusWidth
-    active: shown
+    active: false
     source: "FocusRingFrame.qml"
     onLoaded: (item as FocusRingFrame).radius = Qt.binding(() => root.innerRadius + Theme.focusWidth)
 }

@@ -35,7 +35,7 @@ T.AbstractButton {
              : "transparent"
 
         FocusRing {
-            shown: root.visualFocus
+            active: root.visualFocus
             anchors.margins: 0
             innerRadius: Theme.controlRadius - Theme.focusWidth
         }
