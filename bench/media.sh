@@ -2,11 +2,12 @@
 
 # makeOnce FILE COMMAND...: runs the command with an unfinished file's name behind it.
 makeOnce() {
-    local file=$1
+    local file=$1 unfinished=${1%/*}/unfinished-${1##*/}
     shift
     [[ -e $file ]] && return
-    "$@" "${file%/*}/unfinished-${file##*/}" >>"$log" 2>&1 || fail "cannot make ${file##*/}."
-    mv "${file%/*}/unfinished-${file##*/}" "$file"
+    rm -f "$unfinished"
+    "$@" "$unfinished" >>"$log" 2>&1 || fail "cannot make ${file##*/}."
+    mv "$unfinished" "$file"
 }
 
 # Struck chords and hisses, different ones left and right: long and short windows both.
@@ -18,6 +19,13 @@ music="aevalsrc='$chords+$hisses|0.8*($chords)+0.3*(random(2)-0.5)*exp(-40*mod(t
 makeMusic() {
     makeOnce "$work/music-$1.flac" ffmpeg -v error -f lavfi -i "$music:d=$(($1 * 60))" \
         -sample_fmt s16
+}
+
+# Ten of them.
+makeHours() {
+    makeMusic 100
+    makeOnce "$work/hours.mp4" ffmpeg -v error -stream_loop 5 -i "$work/music-100.flac" \
+        -c copy -strict experimental
 }
 
 picture="testsrc2=size=1920x1080:rate=30,noise=alls=12:allf=t"

@@ -139,26 +139,31 @@ tellGrowth() {
     rm -f "$work"/out/*
     read -ra times <<<"$(timed "${@:3}")"
     rm -f "$work"/out/*
-    tell "$1" "${times[0]} s" "${times[1]} s" "" \
+    tell "$1" "${times[0]} s" "${times[1]} s" "$(peakMemory "${@:3}")" \
         "$(awk -v n="$2" '{printf "%.3g ms and %.3g ms each", 1000 * $1 / n, 1000 * $2 / n}' \
             <<<"${times[*]}")"
+    rm -f "$work"/out/*
 }
 
 rowGrowth() {
     local n
-    tell "growth" "wall" "processors" "" "for one file, mebibyte, minute"
+    local -a convert=("$drive" convert --output-dir "$work/out" --target)
+    tell "growth" "wall" "processors" "MiB" "for one file, mebibyte, minute"
     for n in 100 1000 10000 100000; do
         makeSmallFiles "files-$n" "$n"
         tellGrowth "analysis of $n files" "$n" "$drive" analyze "$work/files-$n"
     done
     for n in 10 100 1024; do
         makeLargeFilm "$n"
-        tellGrowth "boxlift of $n MiB" "$n" convert --target mp4 "$work/large-$n.mov"
+        tellGrowth "boxlift of $n MiB" "$n" "${convert[@]}" mp4 "$work/large-$n.mov"
     done
     for n in 1 10 100; do
         makeMusic "$n"
-        tellGrowth "AAC of $n min" "$n" convert --target aac "$work/music-$n.flac"
+        tellGrowth "AAC of $n min" "$n" "${convert[@]}" aac "$work/music-$n.flac"
     done
+    makeHours
+    tell "AAC of 10 hours" - - "$(peakMemory "${convert[@]}" aac "$work/hours.mp4")" ""
+    rm -f "$work"/out/*
 }
 
 # The list: a table of its own.
@@ -169,4 +174,13 @@ rowWindow() {
     makeMusic 10
     /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" \
         "$work/music-10.flac"
+}
+
+# How soon what is stopped has ended: a table of its own.
+rowStop() {
+    makeLargeFilm 1024
+    makeLongFilm
+    makeMusic 10
+    /usr/bin/python3 "$root/bench/stop.py" "$root/build/bench/bin" "$root/build/bench/window" \
+        "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac"
 }
