@@ -12,8 +12,9 @@ namespace {
 
 /// Packets of one track that wait: enough for the way in which files mix their tracks.
 constexpr std::size_t packetsWaiting = 48;
-/// Decoded pictures that wait: a 4K one with 10 bits takes 25 MB.
-constexpr std::size_t framesWaiting = 4;
+/// Pictures that wait: a 4K one with 10 bits takes 25 MB.
+constexpr std::size_t decodedWaiting = 4;
+constexpr std::size_t filteredWaiting = 2;
 constexpr std::size_t encodedWaiting = 128;
 
 av::PacketPtr takeOver(AVPacket& packet) {
@@ -40,7 +41,8 @@ ReencodePipeline::Track::Track(int from, int to)
     : stream(from), output(to), packets(packetsWaiting) {}
 
 ReencodePipeline::VideoTrack::VideoTrack(int from, int to, VideoStages ownStages)
-    : Track(from, to), stages(std::move(ownStages)), frames(framesWaiting) {
+    : Track(from, to), stages(std::move(ownStages)), decoded(decodedWaiting),
+      filtered(filteredWaiting) {
     timeBase = stages.encoder->timeBase();
 }
 
@@ -88,6 +90,7 @@ void ReencodePipeline::start() {
 
 void ReencodePipeline::start(VideoTrack& track) {
     m_threads.start("boxlift.decode", [this, &track] { decode(track); });
+    m_threads.start("boxlift.filter", [this, &track] { filter(track); });
     m_threads.start("boxlift.encode", [this, &track] { encode(track); });
 }
 
@@ -124,27 +127,35 @@ void ReencodePipeline::read() {
 
 void ReencodePipeline::decode(VideoTrack& track) {
     const VideoDecoder::Sink sink = [&track](AVFrame& frame) {
-        requireTaken(track.frames.push(takeOver(frame)));
+        requireTaken(track.decoded.push(takeOver(frame)));
     };
     while (const auto packet = track.packets.pop())
         track.stages.decoder->push(**packet, sink);
     if (m_threads.isAborted())
         return;
     track.stages.decoder->finish(sink);
-    track.frames.close();
+    track.decoded.close();
+}
+
+void ReencodePipeline::filter(VideoTrack& track) {
+    const VideoFilter::Sink sink = [&track](AVFrame& frame) {
+        requireTaken(track.filtered.push(takeOver(frame)));
+    };
+    while (const auto frame = track.decoded.pop())
+        track.stages.filter->push(**frame, sink);
+    if (m_threads.isAborted())
+        return;
+    track.stages.filter->finish(sink);
+    track.filtered.close();
 }
 
 void ReencodePipeline::encode(VideoTrack& track) {
-    const VideoEncoder::Sink encoded = [&](AVPacket& packet) { emit(track, packet); };
-    const VideoFilter::Sink filtered = [&](AVFrame& frame) {
-        track.stages.encoder->push(frame, encoded);
-    };
-    while (const auto frame = track.frames.pop())
-        track.stages.filter->push(**frame, filtered);
+    const VideoEncoder::Sink sink = [&](AVPacket& packet) { emit(track, packet); };
+    while (const auto frame = track.filtered.pop())
+        track.stages.encoder->push(**frame, sink);
     if (m_threads.isAborted())
         return;
-    track.stages.filter->finish(filtered);
-    track.stages.encoder->finish(encoded);
+    track.stages.encoder->finish(sink);
     endTrack();
 }
 
@@ -169,8 +180,10 @@ void ReencodePipeline::endTrack() {
 }
 
 void ReencodePipeline::wakeAll() {
-    for (const auto& track : m_videoTracks)
-        track->frames.abort();
+    for (const auto& track : m_videoTracks) {
+        track->decoded.abort();
+        track->filtered.abort();
+    }
     for (Track* track : m_tracks)
         track->packets.abort();
     m_encoded.abort();

@@ -16,9 +16,9 @@
 namespace boxlift::media {
 
 /// Runs the tracks of a source through their codecs, on threads of its own: one reads the source;
-/// each track of pictures has one that decodes and one that filters and encodes; each other track
-/// has one. What they make comes out, mixed, at next(). Bounded queues lie between them. The first
-/// failure, a stop or the destructor ends all.
+/// each track of pictures has one that decodes, one that filters and one that encodes; each other
+/// track has one. What they make comes out, mixed, at next(). Bounded queues lie between them. The
+/// first failure, a stop or the destructor ends all.
 class ReencodePipeline {
 public:
     struct VideoStages {
@@ -62,7 +62,8 @@ private:
         VideoTrack(int stream, int output, VideoStages stages);
 
         VideoStages stages;
-        FrameQueue frames;
+        FrameQueue decoded;
+        FrameQueue filtered;
     };
     struct OtherTrack : Track {
         OtherTrack(int stream, int output, std::unique_ptr<TrackTranscoder> transcoder);
@@ -74,6 +75,7 @@ private:
     void start(OtherTrack& track);
     void read();
     void decode(VideoTrack& track);
+    void filter(VideoTrack& track);
     void encode(VideoTrack& track);
     void transcode(OtherTrack& track);
     /// Hands a packet on to next().
