@@ -123,12 +123,12 @@ rowReencode() {
     size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
 }
 
-# Pictures' memory: a film, and one of five times its length.
-rowFrames() {
+# What conversions ask of the allocator: a film, and one of five times its length.
+rowAllocations() {
     makeLightFilm 6
     makeLightFilm 30
-    echo "allocations of a picture's size, re-encoding to 720p and to 1080p"
-    "$root/build/bench/bin/frame_allocations" "$work/out" "$work/light-6.mov" "$work/light-30.mov"
+    echo "allocations"
+    "$root/build/bench/bin/allocation_counts" "$work/out" "$work/light-6.mov" "$work/light-30.mov"
 }
 
 # What ten and a hundred times the work costs. Processor seconds hardly depend on other work.

@@ -1,4 +1,4 @@
-#include "bench/large_allocations.h"
+#include "bench/allocations.h"
 
 #include <atomic>
 #include <cerrno>
@@ -16,17 +16,19 @@ namespace boxlift::bench {
 
 namespace {
 
-std::atomic<std::size_t> count = 0;
+std::atomic<std::size_t> all = 0;
+std::atomic<std::size_t> large = 0;
 
 void note(std::size_t size) {
+    ++all;
     if (size >= largeAllocation)
-        ++count;
+        ++large;
 }
 
 } // namespace
 
-std::size_t largeAllocations() {
-    return count;
+Allocations allocations() {
+    return {all, large};
 }
 
 } // namespace boxlift::bench

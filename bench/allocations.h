@@ -8,7 +8,12 @@ namespace boxlift::bench {
 /// than a compressed one.
 constexpr std::size_t largeAllocation = 512 * 1024;
 
-/// How many allocations of that size this program and its libraries have made so far. Any thread.
-std::size_t largeAllocations();
+/// How many allocations this program and its libraries have made so far, and how many of those were
+/// large. Any thread.
+struct Allocations {
+    std::size_t all = 0;
+    std::size_t large = 0;
+};
+Allocations allocations();
 
 } // namespace boxlift::bench
