@@ -36,10 +36,21 @@ makeFilm() {
         -c:a aac -b:a 256k
 }
 
-# A minute of it.
-makeLongFilm() {
+# repeatFilm NAME SECONDS: the film over and over, or only its beginning.
+repeatFilm() {
     makeFilm
-    makeOnce "$work/minute.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t 60
+    makeOnce "$work/$1.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t "$2"
+}
+
+# A minute of it.
+makeLongFilm() { repeatFilm minute 60; }
+
+# A minute of it as MPEG-4 Part 2: no target takes such pictures as they are.
+makeForeignFilm() {
+    makeFilm
+    makeOnce "$work/foreign-12.mov" ffmpeg -v error -i "$work/film.mov" -c:v mpeg4 -q:v 4 -c:a copy
+    makeOnce "$work/foreign.mov" ffmpeg -v error -stream_loop -1 -i "$work/foreign-12.mov" \
+        -c copy -t 60
 }
 
 # makeLightFilm SECONDS: no compressed picture of it takes as much memory as a picture.

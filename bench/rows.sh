@@ -182,5 +182,6 @@ rowStop() {
     makeLongFilm
     makeMusic 10
     /usr/bin/python3 "$root/bench/stop.py" "$root/build/bench/bin" "$root/build/bench/window" \
-        "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac"
+        "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac" "$work/foreign.mov"
 }
+    makeForeignFilm
