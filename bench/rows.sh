@@ -14,7 +14,21 @@ analyzeMore() { "$drive" analyze "$work/more"; }
 mediainfoMore() { find "$work/more" -type f -exec mediainfo {} \;; }
 analyzeMany() { "$drive" analyze "$work/many"; }
 
+# tellReads KIND FILE: how often the file is opened, and read from. The worker gets it open, under
+# whichever number; strace says the path of each number.
+tellReads() {
+    local file opens reads
+    file=$(realpath "$2")
+    strace -f -qq -y -o "$work/calls" "$drive" analyze "$file" >>"$log"
+    # A call that another thread came between stands in two lines.
+    opens=$(grep -cE "open(at2?)?(\(| resumed>).* = [0-9]+<$file>\$" "$work/calls") || true
+    reads=$(grep -cE " p?read(v|64)?\([0-9]+<$file>" "$work/calls") || true
+    ((opens > 0 && reads > 0)) || fail "$file was not seen to be opened and read."
+    tell "  opens and reads of one $1" "$opens, $reads" - - ""
+}
+
 rowAnalysis() {
+    local extension
     makeSmallFiles few 200
     makeSmallFiles many 10000
     inTurns analyzeFew probeFew
@@ -24,6 +38,9 @@ rowAnalysis() {
     inTurns analyzeMore mediainfoMore
     tellTimes "analysis of 1,000 files, mediainfo" "50 times as fast"
     tell "analysis of 10,000 files" "$(timed analyzeMany | cut -d ' ' -f 1) s" - - "5 s"
+    for extension in mp4 mov m4a wav flac; do
+        tellReads "${extension^^}" "$work/small.$extension"
+    done
 }
 
 # Copying.
@@ -36,7 +53,6 @@ copyPeer() {
 
 # What the conversion asks of the system: its calls, and the bytes that it writes.
 tellCalls() {
-    command -v strace >/dev/null || return 0
     local output calls
     strace -f -qq -o "$work/calls" "$drive" convert --target mp4 --output-dir "$work/out" \
         "$work/large-1024.mov" >>"$log"
