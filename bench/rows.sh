@@ -164,7 +164,7 @@ tellGrowth() {
 rowGrowth() {
     local n
     local -a convert=("$drive" convert --output-dir "$work/out" --target)
-    tell "growth" "wall" "processors" "MiB" "for one file, mebibyte, minute"
+    tell "growth" "wall" "processors" "MiB" "for one file, mebibyte, minute, second"
     for n in 100 1000 10000 100000; do
         makeSmallFiles "files-$n" "$n"
         tellGrowth "analysis of $n files" "$n" "$drive" analyze "$work/files-$n"
@@ -178,18 +178,26 @@ rowGrowth() {
         tellGrowth "AAC of $n min" "$n" "${convert[@]}" aac "$work/music-$n.flac"
     done
     makeHours
+    for n in 1.2 12 120; do
+        repeatFilm "film-$n" "$n"
+        tellGrowth "re-encode of $n s to 720p" "$n" "${convert[@]}" mp4 --size p720 "$work/film-$n.mov"
+    done
     tell "AAC of 10 hours" - - "$(peakMemory "${convert[@]}" aac "$work/hours.mp4")" ""
     rm -f "$work"/out/*
 }
+    measureWindow --cards 100 1000 10000
 
 # The list: a table of its own.
 rowQueue() { "$root/build/bench/bin/queue_scale" "$@"; }
 
-# The window: a table of its own.
+# measureWindow ARGUMENT...: a table of its own.
+measureWindow() {
+    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" "$@"
+}
+
 rowWindow() {
     makeMusic 10
-    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" \
-        "$work/music-10.flac"
+    measureWindow "$work/music-10.flac"
 }
 
 # How soon what is stopped has ended: a table of its own.
