@@ -90,11 +90,12 @@ ratioToNoise() {
         awk '/SDR ch/ {sum += $(NF - 1); n++} END {printf "%.3f\n", sum / n / 2}'
 }
 
+# tellAac MINUTES BUDGET [NOTE]
 tellAac() {
     minutes=$1
     makeMusic "$minutes"
     inTurns aacOurs aacPeer
-    tellTimes "AAC of $minutes min, ffmpeg on one thread" "at least $2"
+    tellTimes "AAC of $minutes min, ffmpeg on one thread${3:-}" "at least $2"
     tell "  signal-to-noise, dB" "$(ratioToNoise "$work"/out/*.m4a)" \
         "$(ratioToNoise "$work/serial.m4a")" "" "within 0.1"
     tell "  resident memory, MiB" "$(peakMemory "$drive" convert --target aac --output-dir \
@@ -102,7 +103,7 @@ tellAac() {
 }
 
 rowAac() { tellAac 10 1.7; }
-rowAac60() { turns=1 tellAac 60 1.85; }
+rowAac60() { turns=1 tellAac 60 1.85 ", one pair"; }
 
 # Encoding pictures.
 reencodeOurs() { convert --target mp4 --size "$size" "$work/film.mov"; }
@@ -177,15 +178,15 @@ rowGrowth() {
         makeMusic "$n"
         tellGrowth "AAC of $n min" "$n" "${convert[@]}" aac "$work/music-$n.flac"
     done
-    makeHours
     for n in 1.2 12 120; do
         repeatFilm "film-$n" "$n"
         tellGrowth "re-encode of $n s to 720p" "$n" "${convert[@]}" mp4 --size p720 "$work/film-$n.mov"
     done
+    makeHours
     tell "AAC of 10 hours" - - "$(peakMemory "${convert[@]}" aac "$work/hours.mp4")" ""
     rm -f "$work"/out/*
-}
     measureWindow --cards 100 1000 10000
+}
 
 # The list: a table of its own.
 rowQueue() { "$root/build/bench/bin/queue_scale" "$@"; }
@@ -205,7 +206,7 @@ rowStop() {
     makeLargeFilm 1024
     makeLongFilm
     makeMusic 10
+    makeForeignFilm
     /usr/bin/python3 "$root/bench/stop.py" "$root/build/bench/bin" "$root/build/bench/window" \
         "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac" "$work/foreign.mov"
 }
-    makeForeignFilm
