@@ -210,3 +210,12 @@ rowStop() {
     /usr/bin/python3 "$root/bench/stop.py" "$root/build/bench/bin" "$root/build/bench/window" \
         "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac" "$work/foreign.mov"
 }
+
+# rowSettings [FILM...]: a table of its own.
+rowSettings() {
+    if (($# == 0)); then
+        makeFilm
+        set -- "$work/film.mov"
+    fi
+    /usr/bin/python3 "$root/bench/encoder_settings.py" "$work/out" "$@"
+}
