@@ -15,13 +15,13 @@ chords="0.3*sin(2*PI*220*t)*exp(-2*mod(t,0.5))+0.1*sin(2*PI*(660+220*mod(floor(t
 hisses="0.3*(random(0)-0.5)*exp(-40*mod(t,0.31))+0.01*(random(1)-0.5)"
 music="aevalsrc='$chords+$hisses|0.8*($chords)+0.3*(random(2)-0.5)*exp(-40*mod(t+0.1,0.47))':s=44100"
 
-# music MINUTES: a FLAC file.
+# makeMusic MINUTES: a FLAC file.
 makeMusic() {
     makeOnce "$work/music-$1.flac" ffmpeg -v error -f lavfi -i "$music:d=$(($1 * 60))" \
         -sample_fmt s16
 }
 
-# Ten of them.
+# Ten hours of it.
 makeHours() {
     makeMusic 100
     makeOnce "$work/hours.mp4" ffmpeg -v error -stream_loop 5 -i "$work/music-100.flac" \
@@ -36,10 +36,21 @@ makeFilm() {
         -c:a aac -b:a 256k
 }
 
-# A minute of it.
-makeLongFilm() {
+# repeatFilm NAME SECONDS: the film over and over, or only its beginning.
+repeatFilm() {
     makeFilm
-    makeOnce "$work/minute.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t 60
+    makeOnce "$work/$1.mov" ffmpeg -v error -stream_loop -1 -i "$work/film.mov" -c copy -t "$2"
+}
+
+# A minute of it.
+makeLongFilm() { repeatFilm minute 60; }
+
+# A minute of it as MPEG-4 Part 2: no target takes such pictures as they are.
+makeForeignFilm() {
+    makeFilm
+    makeOnce "$work/foreign-12.mov" ffmpeg -v error -i "$work/film.mov" -c:v mpeg4 -q:v 4 -c:a copy
+    makeOnce "$work/foreign.mov" ffmpeg -v error -stream_loop -1 -i "$work/foreign-12.mov" \
+        -c copy -t 60
 }
 
 # makeLightFilm SECONDS: no compressed picture of it takes as much memory as a picture.
@@ -55,7 +66,7 @@ makeLargeFilm() {
         -fs $(($1 << 20))
 }
 
-# smallFiles NAME COUNT: a folder with that many files, in turn MP4, MOV, M4A, WAV and FLAC.
+# makeSmallFiles NAME COUNT: a folder with that many files, in turn MP4, MOV, M4A, WAV and FLAC.
 makeSmallFiles() {
     local i extension
     local -a extensions=(mp4 mov m4a wav flac)

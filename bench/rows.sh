@@ -14,7 +14,21 @@ analyzeMore() { "$drive" analyze "$work/more"; }
 mediainfoMore() { find "$work/more" -type f -exec mediainfo {} \;; }
 analyzeMany() { "$drive" analyze "$work/many"; }
 
+# tellReads KIND FILE: how often the file is opened, and read from. The worker gets it open, under
+# whichever number; strace says the path of each number.
+tellReads() {
+    local file opens reads
+    file=$(realpath "$2")
+    strace -f -qq -y -o "$work/calls" "$drive" analyze "$file" >>"$log"
+    # A call that another thread came between stands in two lines.
+    opens=$(grep -cE "open(at2?)?(\(| resumed>).* = [0-9]+<$file>\$" "$work/calls") || true
+    reads=$(grep -cE " p?read(v|64)?\([0-9]+<$file>" "$work/calls") || true
+    ((opens > 0 && reads > 0)) || fail "$file was not seen to be opened and read."
+    tell "  opens and reads of one $1" "$opens, $reads" - - ""
+}
+
 rowAnalysis() {
+    local extension
     makeSmallFiles few 200
     makeSmallFiles many 10000
     inTurns analyzeFew probeFew
@@ -24,6 +38,9 @@ rowAnalysis() {
     inTurns analyzeMore mediainfoMore
     tellTimes "analysis of 1,000 files, mediainfo" "50 times as fast"
     tell "analysis of 10,000 files" "$(timed analyzeMany | cut -d ' ' -f 1) s" - - "5 s"
+    for extension in mp4 mov m4a wav flac; do
+        tellReads "${extension^^}" "$work/small.$extension"
+    done
 }
 
 # Copying.
@@ -36,7 +53,6 @@ copyPeer() {
 
 # What the conversion asks of the system: its calls, and the bytes that it writes.
 tellCalls() {
-    command -v strace >/dev/null || return 0
     local output calls
     strace -f -qq -o "$work/calls" "$drive" convert --target mp4 --output-dir "$work/out" \
         "$work/large-1024.mov" >>"$log"
@@ -74,11 +90,12 @@ ratioToNoise() {
         awk '/SDR ch/ {sum += $(NF - 1); n++} END {printf "%.3f\n", sum / n / 2}'
 }
 
+# tellAac MINUTES BUDGET [NOTE]
 tellAac() {
     minutes=$1
     makeMusic "$minutes"
     inTurns aacOurs aacPeer
-    tellTimes "AAC of $minutes min, ffmpeg on one thread" "at least $2"
+    tellTimes "AAC of $minutes min, ffmpeg on one thread${3:-}" "at least $2"
     tell "  signal-to-noise, dB" "$(ratioToNoise "$work"/out/*.m4a)" \
         "$(ratioToNoise "$work/serial.m4a")" "" "within 0.1"
     tell "  resident memory, MiB" "$(peakMemory "$drive" convert --target aac --output-dir \
@@ -86,7 +103,7 @@ tellAac() {
 }
 
 rowAac() { tellAac 10 1.7; }
-rowAac60() { turns=1 tellAac 60 1.85; }
+rowAac60() { turns=1 tellAac 60 1.85 ", one pair"; }
 
 # Encoding pictures.
 reencodeOurs() { convert --target mp4 --size "$size" "$work/film.mov"; }
@@ -148,7 +165,7 @@ tellGrowth() {
 rowGrowth() {
     local n
     local -a convert=("$drive" convert --output-dir "$work/out" --target)
-    tell "growth" "wall" "processors" "MiB" "for one file, mebibyte, minute"
+    tell "growth" "wall" "processors" "MiB" "for one file, mebibyte, minute, second"
     for n in 100 1000 10000 100000; do
         makeSmallFiles "files-$n" "$n"
         tellGrowth "analysis of $n files" "$n" "$drive" analyze "$work/files-$n"
@@ -161,19 +178,27 @@ rowGrowth() {
         makeMusic "$n"
         tellGrowth "AAC of $n min" "$n" "${convert[@]}" aac "$work/music-$n.flac"
     done
+    for n in 1.2 12 120; do
+        repeatFilm "film-$n" "$n"
+        tellGrowth "re-encode of $n s to 720p" "$n" "${convert[@]}" mp4 --size p720 "$work/film-$n.mov"
+    done
     makeHours
     tell "AAC of 10 hours" - - "$(peakMemory "${convert[@]}" aac "$work/hours.mp4")" ""
     rm -f "$work"/out/*
+    measureWindow --cards 100 1000 10000
 }
 
 # The list: a table of its own.
 rowQueue() { "$root/build/bench/bin/queue_scale" "$@"; }
 
-# The window: a table of its own.
+# measureWindow ARGUMENT...: a table of its own.
+measureWindow() {
+    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" "$@"
+}
+
 rowWindow() {
     makeMusic 10
-    /usr/bin/python3 "$root/bench/window.py" "$root/build/bench/bin" "$root/build/bench/window" \
-        "$work/music-10.flac"
+    measureWindow "$work/music-10.flac"
 }
 
 # How soon what is stopped has ended: a table of its own.
@@ -181,6 +206,16 @@ rowStop() {
     makeLargeFilm 1024
     makeLongFilm
     makeMusic 10
+    makeForeignFilm
     /usr/bin/python3 "$root/bench/stop.py" "$root/build/bench/bin" "$root/build/bench/window" \
-        "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac"
+        "$work/minute.mov" "$work/large-1024.mov" "$work/music-10.flac" "$work/foreign.mov"
+}
+
+# rowSettings [FILM...]: a table of its own.
+rowSettings() {
+    if (($# == 0)); then
+        makeFilm
+        set -- "$work/film.mov"
+    fi
+    /usr/bin/python3 "$root/bench/encoder_settings.py" "$work/out" "$@"
 }

@@ -2,11 +2,14 @@
 """Measures the window, on a desktop without a screen.
 
 usage: window.py PROGRAMS FOLDER SOUND
+       window.py PROGRAMS FOLDER --cards COUNT...
 
 PROGRAMS is where boxlift and empty_window lie; FOLDER takes what is made on the way; SOUND is a file
-whose conversion takes some seconds. Frames are timed by what the scene graph logs of them.
+whose conversion takes some seconds. With --cards nothing is measured but the list with so many
+files. Frames are timed by what the scene graph logs of them.
 """
 
+import argparse
 import os
 import re
 import statistics
@@ -21,7 +24,7 @@ from desktop import Desktop, Window, wait_for  # noqa: E402
 
 FRAME = re.compile(rb"Frame rendered.*?in (\d+)ms")
 STARTS = 9
-FILES = 10_000
+CARDS = 10_000
 
 
 class Frames:
@@ -86,22 +89,15 @@ def settle(frames):
              - frames.times[-1][0] > 1, 30)
 
 
-def make_files(folder):
-    for index in range(FILES):
+def make_files(folder, count):
+    for index in range(count):
         parent = os.path.join(folder, f"{index // 500:02}")
         os.makedirs(parent, exist_ok=True)
         with open(os.path.join(parent, f"clip {index:05}.mov"), "wb"):
             pass
 
 
-def measure_list(desktop, programs, folder):
-    make_files(folder)
-    frames = Frames(desktop, os.path.join(programs, "boxlift"), folder)
-    window = desktop.window_of(frames.process, "Boxlift")
-    before = memory_mib(frames.process)
-    settle(frames)
-    print(f"memory with {FILES} cards {memory_mib(frames.process):6.0f} MiB  (at first {before:.0f})")
-    desktop.place(window, 100, 50, 1000, 800)
+def measure_scrolling(desktop, frames):
     desktop.xdotool("mousemove", 500, 400)
     count = len(frames.times)
     desktop.xdotool("click", "--repeat", 200, "--delay", 16, 5)
@@ -109,13 +105,30 @@ def measure_list(desktop, programs, folder):
     drawn = [milliseconds for _, milliseconds in frames.times[count:]]
     print(f"scrolling              {len(drawn):6} frames, median {statistics.median(drawn):.0f} ms, "
           f"worst {max(drawn)} ms   budget 16")
-    settle(frames)
+
+
+def measure_idleness(frames):
     start = cpu_seconds(frames.process)
     count = len(frames.times)
     time.sleep(5)
     print(f"idle for 5 s           {cpu_seconds(frames.process) - start:6.2f} s of CPU, "
           f"{len(frames.times) - count} frames")
-    desktop.end(frames.process)
+
+
+def measure_list(desktop, programs, cards):
+    with tempfile.TemporaryDirectory() as folder:
+        make_files(folder, cards)
+        frames = Frames(desktop, os.path.join(programs, "boxlift"), folder)
+        window = desktop.window_of(frames.process, "Boxlift")
+        before = memory_mib(frames.process)
+        settle(frames)
+        print(f"{f'memory with {cards} cards':22} {memory_mib(frames.process):6.0f} MiB  "
+              f"(at first {before:.0f})")
+        desktop.place(window, 100, 50, 1000, 800)
+        measure_scrolling(desktop, frames)
+        settle(frames)
+        measure_idleness(frames)
+        desktop.end(frames.process)
 
 
 def measure_conversion(desktop, programs, sound):
@@ -123,7 +136,8 @@ def measure_conversion(desktop, programs, sound):
     desktop.window_of(frames.process, "Boxlift")
     window = Window("boxlift")
     button = window.find("button", "Convert All")
-    wait_for("the analysis", lambda: "Reading…" not in window.names())
+    # A file that has been read can be converted.
+    window.find("button", "Convert this file")
     settle(frames)
     desktop.click(window.centre(button))
     time.sleep(1)
@@ -140,11 +154,20 @@ def measure_conversion(desktop, programs, sound):
 
 
 def main():
-    programs, folder, sound = map(os.path.abspath, sys.argv[1:4])
-    with Desktop(folder) as desktop, tempfile.TemporaryDirectory() as files:
-        measure_start(desktop, programs)
-        measure_list(desktop, programs, files)
-        measure_conversion(desktop, programs, sound)
+    parser = argparse.ArgumentParser()
+    parser.add_argument("programs", type=os.path.abspath)
+    parser.add_argument("folder", type=os.path.abspath)
+    measured = parser.add_mutually_exclusive_group(required=True)
+    measured.add_argument("sound", type=os.path.abspath, nargs="?")
+    measured.add_argument("--cards", type=int, nargs="+")
+    arguments = parser.parse_args()
+    with Desktop(arguments.folder) as desktop:
+        if arguments.sound:
+            measure_start(desktop, arguments.programs)
+        for cards in arguments.cards or [CARDS]:
+            measure_list(desktop, arguments.programs, cards)
+        if arguments.sound:
+            measure_conversion(desktop, arguments.programs, arguments.sound)
 
 
 if __name__ == "__main__":

@@ -201,15 +201,19 @@ class Window:
             yield from self._nodes(node.get_child_at_index(index))
 
     def nodes(self):
-        """All that is showing, in reading order, as (role, name, node)."""
+        """All that is showing, in reading order, as (role, name, node). Nothing at all when some of
+        it goes away meanwhile: that a name is missing proves nothing alone."""
         result = []
         try:
             for node in self._nodes(self._root()):
-                if node.get_state_set().contains(self._atspi.StateType.SHOWING):
+                if self.is_showing(node):
                     result.append((self._role(node), node.get_name(), node))
         except self._gone():
             return []
         return result
+
+    def is_showing(self, node):
+        return node.get_state_set().contains(self._atspi.StateType.SHOWING)
 
     def _role(self, node):
         name = node.get_role_name()
