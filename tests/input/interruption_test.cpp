@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/media/stretch_plan.h"
 #include "input/conversion_runner.h"
 #include "input/long_conversion.h"
 
@@ -48,6 +49,7 @@ protected:
         EXPECT_TRUE(done.wasCancelled) << done.sentence;
         EXPECT_FALSE(done.wasTooSlow);
         EXPECT_LT(taken.count(), soon);
+        EXPECT_TRUE(std::is_sorted(done.progress.begin(), done.progress.end()));
         RecordProperty("milliseconds", static_cast<int>(taken.count() * 1000));
         EXPECT_EQ(namesIn(m_out), std::vector<std::string>());
     }
@@ -96,6 +98,7 @@ TEST_P(Interruption, AStopWithTheLastReportChangesNothing) {
                 stop.request_stop();
         });
     EXPECT_TRUE(done.mode) << done.sentence;
+    EXPECT_TRUE(std::is_sorted(done.progress.begin(), done.progress.end()));
     EXPECT_EQ(namesIn(m_out), std::vector<std::string>{"out"});
     EXPECT_NEAR(Converter::analyze(m_request.output).duration, m_request.info.duration, 0.1);
 }
@@ -115,5 +118,13 @@ TEST_P(Interruption, ANameThatIsTakenMeanwhileIsAnError) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, Interruption, testing::ValuesIn(longWays), LongWay::nameOf);
+
+// On a machine with one core it is as the other way to AAC.
+INSTANTIATE_TEST_SUITE_P(Joined, Interruption, testing::Values(joinedWay), LongWay::nameOf);
+
+TEST(JoinedWay, IsLongEnoughForTwoCores) {
+    const auto duration = media::Time::fromSeconds(joinedSeconds);
+    EXPECT_EQ(media::planStretches(duration, 44100, 2).workers, 2);
+}
 
 } // namespace boxlift::test

@@ -36,6 +36,11 @@ inline constexpr std::array longWays{
     LongWay{"Transcode", [] { return songToTranscode(60); }, Target::aac, SizeOption::original},
 };
 
+/// So long that several stretches of the sound are encoded at the same time, given two cores.
+inline constexpr double joinedSeconds = 145;
+inline constexpr LongWay joinedWay{"TranscodeJoined", [] { return songToTranscode(joinedSeconds); },
+                                   Target::aac, SizeOption::original};
+
 /// For what needs no more than to come between the beginning and the end.
 inline constexpr std::array shorterWays{
     LongWay{"Copy", [] { return soundToCopy(8); }, Target::mov, SizeOption::original},

@@ -17,7 +17,11 @@ namespace boxlift::media {
 // began at the file's start would be, or near. It also goes on a little past its end, so that its
 // last packets and the first ones of the stretch that follows are of the same samples. The seam is
 // put where both have used the same window: there the halves of the two overlapping transforms
-// cancel each other's aliasing as they do within one encoding.
+// cancel each other's aliasing as they do within one encoding. Where no packet of the overlap says
+// that they have (channels with windows of their own, which are not read, as where one has onsets
+// all the time), they are joined at its end regardless. That does no harm: an encoder chooses its
+// windows by the last few frames alone, so after the lead both have the same ones. Were they not,
+// one frame would be noisy, once in a stretch; to lose the whole file would be worse.
 //
 // What lasts longest is the least demand for bits that the encoder's model has seen, which it
 // forgets over some 500 frames. docs/performance.md has what shorter and longer leads cost.

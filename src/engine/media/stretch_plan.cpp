@@ -13,9 +13,10 @@ namespace {
 /// Reading and encoding even out over this much.
 constexpr std::int64_t slack = 65536;
 
-/// Each stretch but the first costs some sixteen seconds more than it gives (see AudioStretch), and
-/// each seam is a risk, so it should be many times as long; but all workers' stretches lie in
-/// memory, 106 MB of them.
+/// Each stretch but the first costs a lead more than it gives (see AudioStretch), and each seam is
+/// a risk, so it should be long; but all workers' stretches lie in memory. At 44.1 kHz a lead lasts
+/// sixteen seconds, which the shortest stretch is almost four times as long as, and 106 MB wait at
+/// most. At lower rates the lead lasts longer and less memory is needed.
 constexpr double mostSecondsWaiting = 600;
 constexpr double shortestSeconds = 60;
 /// More of them would only make the stretches shorter.
@@ -56,7 +57,7 @@ double mostStretches(double samples, double shortest) {
 
 StretchPlan planStretches(Time duration, int sampleRate, unsigned cores) {
     const int most = static_cast<int>(std::clamp(cores, 1U, static_cast<unsigned>(mostWorkers)));
-    if (!duration.isValid())
+    if (!duration.isValid() || duration <= Time::zero())
         return serialPlan();
     const double seconds = duration.seconds() + secondsMore;
     const double samples = seconds * sampleRate;

@@ -140,6 +140,7 @@ av::PacketPtr StretchedEncoder::nextOfStretches() {
             }
             return packet;
         }
+        // Without a seam: the following one, read as far as this one, goes on.
         m_current.reset();
     }
 }

@@ -202,10 +202,18 @@ TEST_F(AacFileWriterEndTest, StaysCompletedWhenItIsCancelledAfterwards) {
 }
 
 TEST_F(AacFileWriterEndTest, IsCancelledSoonWhileSeveralThreadsEncode) {
+    const Time duration = Time::fromSeconds(145);
+    const StretchPlan plan = planStretches(duration, 44100, 2);
+    constexpr std::int64_t frames = 110 * 44100;
+    ASSERT_EQ(plan.workers, 2);
+    ASSERT_LT(plan.first + 20 * 44100, frames);
     AacFileWriter writer(path(), 2);
-    writer.setOverallDurationHint(Time::fromSeconds(600));
+    writer.setOverallDurationHint(duration);
     ASSERT_TRUE(start(writer));
-    append(writer, 60 * 44100, sine);
+    appendSine(writer, frames);
+    // Time for the other thread to begin with the second stretch, while the first goes on.
+    EXPECT_FALSE(writer.waitUntilEncoded(100ms));
+    EXPECT_LT(writer.encodedTime(), Time::fromRate(plan.first, 44100));
     const auto begin = std::chrono::steady_clock::now();
     writer.cancelWriting();
     writer.finishWriting();

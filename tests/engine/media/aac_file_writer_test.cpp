@@ -45,21 +45,28 @@ TEST_F(AacFileWriterTest, GivesBackExactlyAsManySamplesAsItWasGiven) {
 }
 
 TEST_F(AacFileWriterTest, EncodesLongAudioOnSeveralThreadsJustTheSame) {
-    constexpr std::size_t frames = 70 * 44100 + 321;
+    constexpr std::size_t frames = 145 * 44100 + 321;
+    const Time duration = Time::fromSeconds(145);
+    const StretchPlan plan = planStretches(duration, 44100, 2);
+    ASSERT_EQ(plan.workers, 2);
+    ASSERT_LT(plan.first, frames);
     AacFileWriter writer(path(), 2);
-    writer.setOverallDurationHint(Time::fromSeconds(70));
+    writer.setOverallDurationHint(duration);
     ASSERT_TRUE(start(writer));
-    append(writer, frames, sine);
+    appendSine(writer, frames);
     writer.markAsFinished();
-    EXPECT_LT(writer.encodedTime(), Time::fromSeconds(70));
+    EXPECT_LT(writer.encodedTime(), duration);
     EXPECT_TRUE(writer.waitUntilEncoded(60s));
-    EXPECT_GE(writer.encodedTime(), Time::fromSeconds(70));
+    EXPECT_GE(writer.encodedTime(), duration);
     writer.finishWriting();
     ASSERT_EQ(writer.status(), Status::completed);
     EXPECT_EQ(readBack().size(), 2 * frames);
     EXPECT_EQ(test::openAsset(path())->duration(),
               Time::fromRate(static_cast<std::int64_t>(frames), 44100));
-    EXPECT_NEAR(test::toneLevel(test::decodeAudio(path()), 440), 0.5, 0.005);
+    const auto sound = test::decodeAudio(path());
+    EXPECT_NEAR(test::toneLevel(sound, 440), 0.5, 0.005);
+    const auto seam = static_cast<std::size_t>(plan.first);
+    EXPECT_NEAR(test::toneLevel(sound, 440, {0, seam, seam + 4410}), 0.5, 0.005);
 }
 
 TEST_F(AacFileWriterTest, ShiftsNothing) {

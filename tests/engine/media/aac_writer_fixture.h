@@ -56,6 +56,19 @@ protected:
             writer.append(makeBuffer(position, std::min(block, frames - position), wave));
     }
 
+    /// The sine, for long: a fifth of a second of it fits together with itself.
+    static void appendSine(media::AacFileWriter& writer, std::size_t frames) {
+        constexpr std::size_t block = 44100 / 5;
+        const media::SampleBuffer fifth = makeBuffer(0, block, sine);
+        for (std::size_t position = 0; position < frames; position += block) {
+            media::SampleBuffer buffer = fifth;
+            buffer.presentationTimeStamp =
+                media::Time::fromRate(static_cast<std::int64_t>(position), 44100);
+            buffer.samples.resize(2 * std::min(block, frames - position));
+            writer.append(std::move(buffer));
+        }
+    }
+
     void write(std::size_t frames, const Wave& wave, const media::AacSettings& settings = aac256) {
         media::AacFileWriter writer(path());
         ASSERT_TRUE(start(writer, settings));

@@ -48,10 +48,19 @@ TEST(StretchPlan, IsOneStretchForWhatIsShortOrUnknownAndForOneCore) {
     EXPECT_TRUE(isSerial(planFor(20, 8)));
     EXPECT_TRUE(isSerial(planFor(135, 8)));
     EXPECT_TRUE(isSerial(planFor(0, 8)));
-    EXPECT_TRUE(isSerial(planFor(-5, 8)));
+    for (const double seconds : {-0.5, -1.0, -5.0, -300.0, -603.0, -1e6})
+        EXPECT_TRUE(isSerial(planFor(seconds, 8))) << seconds << " s";
     EXPECT_TRUE(isSerial(planFor(3600, 1)));
     EXPECT_TRUE(isSerial(planFor(3600, 0)));
     EXPECT_TRUE(isSerial(planStretches(Time(), rate, 8)));
+}
+
+TEST(StretchPlan, DividesWhatHasRoomForTwoStretchesAndALead) {
+    EXPECT_TRUE(isSerial(planFor(138, 2)));
+    EXPECT_EQ(planFor(139, 2).workers, 2);
+    // A lead lasts four times as long.
+    EXPECT_TRUE(isSerial(planStretches(Time::fromSeconds(186), 11025, 2)));
+    EXPECT_EQ(planStretches(Time::fromSeconds(188), 11025, 2).workers, 2);
 }
 
 TEST(StretchPlan, GivesEachWorkerAsManyStretches) {
