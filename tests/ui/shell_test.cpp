@@ -63,17 +63,20 @@ protected:
 
     /// The message of the panel that opens, which is then closed.
     void expectPanel(QString& message) {
-        QTimer::singleShot(100, qApp, [this, &message] {
+        look.callOnTimeout([this, &message] {
             auto* panel = qobject_cast<FilesPanel*>(QApplication::activeModalWidget());
             if (!panel)
                 return;
+            look.stop();
             message = panel->findChild<QLabel*>(QStringLiteral("message"))->text();
             color = panel->palette().color(QPalette::Window);
             panel->reject();
         });
+        look.start(50);
     }
 
     TempFolder folder;
+    QTimer look;
     int preparations = 0;
     Shell shell{
         Engine{.analyze = [](const std::filesystem::path&, std::stop_token) { return MediaInfo(); },
