@@ -125,48 +125,43 @@ void ReencodePipeline::read() {
         track->packets.close();
 }
 
+/// All of a queue through one stage, to its end; false when all is being ended instead.
+template <typename T, typename Stage, typename Sink>
+bool ReencodePipeline::pass(BoundedQueue<T>& from, Stage& through, const Sink& to) {
+    while (const auto item = from.pop())
+        through.push(**item, to);
+    if (m_threads.isAborted())
+        return false;
+    through.finish(to);
+    return true;
+}
+
 void ReencodePipeline::decode(VideoTrack& track) {
     const VideoDecoder::Sink sink = [&track](AVFrame& frame) {
         requireTaken(track.decoded.push(takeOver(frame)));
     };
-    while (const auto packet = track.packets.pop())
-        track.stages.decoder->push(**packet, sink);
-    if (m_threads.isAborted())
-        return;
-    track.stages.decoder->finish(sink);
-    track.decoded.close();
+    if (pass(track.packets, *track.stages.decoder, sink))
+        track.decoded.close();
 }
 
 void ReencodePipeline::filter(VideoTrack& track) {
     const VideoFilter::Sink sink = [&track](AVFrame& frame) {
         requireTaken(track.filtered.push(takeOver(frame)));
     };
-    while (const auto frame = track.decoded.pop())
-        track.stages.filter->push(**frame, sink);
-    if (m_threads.isAborted())
-        return;
-    track.stages.filter->finish(sink);
-    track.filtered.close();
+    if (pass(track.decoded, *track.stages.filter, sink))
+        track.filtered.close();
 }
 
 void ReencodePipeline::encode(VideoTrack& track) {
     const VideoEncoder::Sink sink = [&](AVPacket& packet) { emit(track, packet); };
-    while (const auto frame = track.filtered.pop())
-        track.stages.encoder->push(**frame, sink);
-    if (m_threads.isAborted())
-        return;
-    track.stages.encoder->finish(sink);
-    endTrack();
+    if (pass(track.filtered, *track.stages.encoder, sink))
+        endTrack();
 }
 
 void ReencodePipeline::transcode(OtherTrack& track) {
     const TrackTranscoder::Sink sink = [&](AVPacket& packet) { emit(track, packet); };
-    while (const auto packet = track.packets.pop())
-        track.transcoder->push(**packet, sink);
-    if (m_threads.isAborted())
-        return;
-    track.transcoder->finish(sink);
-    endTrack();
+    if (pass(track.packets, *track.transcoder, sink))
+        endTrack();
 }
 
 void ReencodePipeline::emit(const Track& track, AVPacket& packet) {

@@ -78,6 +78,8 @@ private:
     void filter(VideoTrack& track);
     void encode(VideoTrack& track);
     void transcode(OtherTrack& track);
+    template <typename T, typename Stage, typename Sink>
+    bool pass(BoundedQueue<T>& from, Stage& through, const Sink& to);
     /// Hands a packet on to next().
     void emit(const Track& track, AVPacket& packet);
     void endTrack();
