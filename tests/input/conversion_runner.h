@@ -44,9 +44,12 @@ struct Conversion {
     std::vector<double> progress{};
 };
 
+/// Long enough for any conversion in a test on a busy machine.
+constexpr std::chrono::seconds patience(180);
+
 /// Runs a conversion, which is stopped when it takes longer than `limit` or when `stop` asks.
 Conversion convert(const ConversionRequest& request, std::stop_token stop = {},
-                   std::chrono::seconds limit = std::chrono::seconds(60),
+                   std::chrono::seconds limit = patience,
                    const Converter::Progress& alsoReport = {});
 
 /// The names in a folder, hidden ones too, in order.

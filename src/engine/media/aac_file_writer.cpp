@@ -81,6 +81,7 @@ void AacFileWriter::open() {
     AudioEncoder(settings, m_output.path).describe(stream);
     stream.disposition = AV_DISPOSITION_DEFAULT;
     m_streamIndex = stream.index;
+    m_muxer->gatherSamples(m_streamIndex);
     if (m_metadataSource)
         copyFileMetadata();
     m_muxer->writeHeader();

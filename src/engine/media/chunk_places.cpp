@@ -38,17 +38,10 @@ struct Table {
     }
 };
 
-bool enterTables(Bytes& index, Nest& nest) {
-    for (const FourCharCode type :
-         {fourCharCode("mdia"), fourCharCode("minf"), fourCharCode("stbl")})
-        if (!enter(index, nest, nest.back() + headerSize, type))
-            return false;
-    return true;
-}
-
 /// The table of the innermost box, a track.
 std::optional<Table> tableOf(Bytes& index, Nest track) {
-    if (!enterTables(index, track))
+    if (!index_boxes::enterEach(index, track,
+                                {fourCharCode("mdia"), fourCharCode("minf"), fourCharCode("stbl")}))
         return std::nullopt;
     const std::size_t from = track.back() + headerSize;
     if (enter(index, track, from, shortTable))

@@ -17,10 +17,12 @@ using box_bytes::store;
 using index_boxes::Contents;
 using index_boxes::endOf;
 using index_boxes::enter;
+using index_boxes::FieldRow;
 using index_boxes::find;
 using index_boxes::forEachBox;
 using index_boxes::grow;
 using index_boxes::Nest;
+using index_boxes::trackId;
 
 /// What QuickTime files say of a track in a language that Macintosh computers had no number for.
 constexpr std::uint64_t noLanguage = 0x7fff;
@@ -29,24 +31,9 @@ bool isLong(Contents box) {
     return !box.empty() && box[0] == 1;
 }
 
-/// A number of a full box, whose place and length depend on its version; empty when cut off.
-struct FieldRow {
-    std::size_t shortAt;
-    std::size_t shortBytes;
-    std::size_t longAt;
-    std::size_t longBytes;
-
-    Contents in(Contents box) const {
-        const std::size_t at = isLong(box) ? longAt : shortAt;
-        const std::size_t bytes = isLong(box) ? longBytes : shortBytes;
-        return box.size() >= at + bytes ? box.subspan(at, bytes) : Contents();
-    }
-};
-
 // ISO/IEC 14496-12, 8.2.2, 8.3.2 and 8.4.2.
 constexpr FieldRow movieTimescale{12, 4, 20, 4};
 constexpr FieldRow movieDuration{16, 4, 24, 8};
-constexpr FieldRow trackId{12, 4, 20, 4};
 constexpr FieldRow trackDuration{20, 4, 28, 8};
 constexpr FieldRow mediaLanguage{20, 2, 32, 2};
 
@@ -151,27 +138,13 @@ private:
     bool m_isCut = false;
 };
 
-bool isTrack(Bytes& index, std::size_t track, std::uint32_t id) {
-    const std::size_t size = endOf(index, track) - track - headerSize;
-    const Contents number =
-        trackId.in(find(Contents(index).subspan(track + headerSize, size), fourCharCode("tkhd")));
-    return !number.empty() && valueOf(number) == id;
-}
-
 /// From the index down to a track's first sample entry; empty when there is none.
 Nest nestOfSampleEntry(Bytes& index, std::uint32_t id) {
-    Nest nest{0};
-    std::size_t from = headerSize;
-    while (enter(index, nest, from, fourCharCode("trak")) && !isTrack(index, nest.back(), id)) {
-        from = endOf(index, nest.back());
-        nest.pop_back();
-    }
-    if (nest.size() < 2)
+    Nest nest = index_boxes::nestOfTrack(index, id);
+    if (nest.empty() || !index_boxes::enterEach(index, nest,
+                                                {fourCharCode("mdia"), fourCharCode("minf"),
+                                                 fourCharCode("stbl"), fourCharCode("stsd")}))
         return {};
-    for (const FourCharCode type :
-         {fourCharCode("mdia"), fourCharCode("minf"), fourCharCode("stbl"), fourCharCode("stsd")})
-        if (!enter(index, nest, nest.back() + headerSize, type))
-            return {};
     // The entries follow a version and their number.
     constexpr std::size_t firstEntry = headerSize + 8;
     return enter(index, nest, nest.back() + firstEntry, std::nullopt) ? nest : Nest();

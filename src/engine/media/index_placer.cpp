@@ -7,6 +7,7 @@
 #include "engine/media/chunk_places.h"
 #include "engine/media/error.h"
 #include "engine/media/index_editor.h"
+#include "engine/media/sample_tables.h"
 
 namespace boxlift::media {
 
@@ -102,6 +103,15 @@ Bytes splitTail(OutputFile& file, WrittenMovie movie, std::int64_t mediaEnd) {
     return std::move(movie.tail);
 }
 
+/// The index as it is to stand in the file.
+Bytes completed(const OutputFile& file, Bytes index,
+                const std::map<std::uint32_t, SampleRuns>& gathered, const IndexChanges& changes) {
+    for (const auto& [track, samples] : gathered)
+        if (!expandSamples(index, track, samples))
+            fail(file, "the index does not fit its media");
+    return editedIndex(std::move(index), changes);
+}
+
 /// Moves the media towards the end, the last of it first.
 void moveMedia(OutputFile& file, const MediaPlace& media, std::int64_t by,
                const std::function<void(double)>& moved) {
@@ -171,7 +181,8 @@ void placeIndex(OutputFile& file, WrittenMovie movie, const IndexChanges& change
                 const std::function<void(double)>& moved) {
     const std::int64_t room = movie.room;
     const MediaPlace media = findMedia(file, movie);
-    Bytes index = editedIndex(splitTail(file, std::move(movie), media.end), changes);
+    const auto gathered = std::move(movie.gathered);
+    Bytes index = completed(file, splitTail(file, std::move(movie), media.end), gathered, changes);
     if (place == IndexPlace::end)
         write(file, media.end, index);
     else

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 
 #include "engine/media/index_changes.h"
 #include "engine/media/output_file.h"
+#include "engine/media/sample_runs.h"
 
 namespace boxlift::media {
 
@@ -18,6 +20,8 @@ struct WrittenMovie {
     std::int64_t end = 0;
     /// What belongs behind that: the rest of the media, if any is left, and then the index.
     box_bytes::Bytes tail;
+    /// The samples of tracks, by their numbers, that the index knows only the runs of.
+    std::map<std::uint32_t, SampleRuns> gathered{};
 };
 
 /// Writes a movie's index, with `changes` made, where it is wanted. In front it takes the room that

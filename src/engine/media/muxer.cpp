@@ -73,6 +73,11 @@ void setHeaderOptions(av::Options& options, FileType type, int timescale) {
     options.set("movie_timescale", timescale);
 }
 
+/// The muxer numbers its tracks from 1.
+std::uint32_t trackNumber(int stream) {
+    return static_cast<std::uint32_t>(stream) + 1;
+}
+
 /// Discards the result of a dynamic buffer.
 void dropBuffer(AVIOContext* io) {
     std::uint8_t* bytes = nullptr;
@@ -139,9 +144,8 @@ void Muxer::writeHeader() {
 
 void Muxer::collectTrackChanges() {
     for (AVStream* stream : std::span(m_context->streams, m_context->nb_streams)) {
-        // The muxer numbers its tracks from 1.
         IndexChanges::Track track;
-        track.id = static_cast<std::uint32_t>(stream->index) + 1;
+        track.id = trackNumber(stream->index);
         if (const auto end = m_shownEnds.find(stream->index); end != m_shownEnds.end())
             track.shownEnd = end->second;
         if (const auto name = m_entryNames.find(stream->index); name != m_entryNames.end())
@@ -193,12 +197,23 @@ void Muxer::writePictures() {
 
 void Muxer::write(AVPacket& packet) {
     throwIfStopped(m_stop);
+    const auto gatherer = m_gatherers.find(packet.stream_index);
+    if (gatherer == m_gatherers.end())
+        writeNow(packet);
+    else if (const av::PacketPtr run = gatherer->second.add(packet))
+        writeNow(*run);
+}
+
+void Muxer::writeNow(AVPacket& packet) {
     const int result = av_interleaved_write_frame(m_context.get(), &packet);
     if (result < 0 || m_io.writeError())
         fail(std::min(result, 0), "write media");
 }
 
 void Muxer::writeTrailer() {
+    for (auto& [stream, gatherer] : m_gatherers)
+        if (const av::PacketPtr run = gatherer.take())
+            writeNow(*run);
     int result = av_interleaved_write_frame(m_context.get(), nullptr);
     avio_flush(m_io.context());
     m_io.keepTail();
@@ -212,10 +227,18 @@ void Muxer::writeTrailer() {
         fail(result, "write index");
 }
 
+std::map<std::uint32_t, SampleRuns> Muxer::takeGathered() {
+    std::map<std::uint32_t, SampleRuns> gathered;
+    for (auto& [stream, gatherer] : m_gatherers)
+        if (SampleRuns samples = gatherer.takeSamples(); !samples.runs.empty())
+            gathered[trackNumber(stream)] = std::move(samples);
+    return gathered;
+}
+
 void Muxer::finish() {
     writeTrailer();
     const std::int64_t end = m_io.tailBegin();
-    placeIndex(*m_file, {m_room, end, m_io.takeTail()}, m_changes, m_index,
+    placeIndex(*m_file, {m_room, end, m_io.takeTail(), takeGathered()}, m_changes, m_index,
                [this](double fraction) {
                    throwIfStopped(m_stop);
                    m_finishedFraction.store(fraction);

@@ -15,6 +15,7 @@
 #include "engine/media/index_changes.h"
 #include "engine/media/index_placer.h"
 #include "engine/media/output_file.h"
+#include "engine/media/sample_gatherer.h"
 #include "engine/media/time.h"
 #include "model/file_type.h"
 
@@ -42,6 +43,9 @@ public:
     /// What is known of a stream's samples. Where it is of all streams, and the file is large, room
     /// is left for an index in front, so that the media need not be moved to make it.
     void expect(int stream, const ExpectedSamples& samples) { m_expected[stream] = samples; }
+    /// Keeps memory low where a stream has very many samples, all of which can be decoded by
+    /// themselves.
+    void gatherSamples(int stream) { m_gatherers[stream]; }
     /// Carries over what belongs to the file as a whole: titles, dates, places and chapters, and
     /// the cover art where the type can hold it. `start` is the time in the source that becomes
     /// zero.
@@ -72,7 +76,9 @@ private:
     void writePictures();
     void collectTrackChanges();
     void leaveRoom();
+    void writeNow(AVPacket& packet);
     void writeTrailer();
+    std::map<std::uint32_t, SampleRuns> takeGathered();
 
     FileType m_type;
     IndexPlace m_index;
@@ -85,6 +91,7 @@ private:
     std::map<int, Time> m_shownEnds;
     std::map<int, FourCharCode> m_entryNames;
     std::map<int, ExpectedSamples> m_expected;
+    std::map<int, SampleGatherer> m_gatherers;
     IndexChanges m_changes;
     /// Bytes at the beginning of the file that wait for the index.
     std::int64_t m_room = 0;

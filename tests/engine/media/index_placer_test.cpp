@@ -35,6 +35,7 @@ struct Movie {
     std::size_t room = 0;
     std::string media = box("mdat", "media");
     std::string tail = box("moov", box("free", "something"));
+    std::map<std::uint32_t, SampleRuns> gathered{};
 };
 
 class IndexPlacerTest : public testing::Test {
@@ -48,6 +49,7 @@ protected:
         EXPECT_EQ(file->writeAt(room, std::as_bytes(std::span(contents))), 0);
         WrittenMovie written{room, room + static_cast<std::int64_t>(contents.size()), {}};
         written.tail.assign(movie.tail.begin(), movie.tail.end());
+        written.gathered = movie.gathered;
         IndexChanges changes;
         changes.movie.assign(more.begin(), more.end());
         placeIndex(*file, std::move(written), changes, place, m_moved);
@@ -174,6 +176,30 @@ TEST_F(IndexPlacerTest, WritesWhatIsLeftOfTheMedia) {
     const Movie movie{.media = whole.substr(0, 10), .tail = whole.substr(10) + index};
     EXPECT_EQ(placed(movie, IndexPlace::end), start + whole + index);
     EXPECT_EQ(placed(movie, IndexPlace::front), start + index + whole);
+}
+
+TEST_F(IndexPlacerTest, TellsOfSamplesThatWereGathered) {
+    const auto indexWith = [](std::uint64_t samples, std::uint64_t duration,
+                              const std::string& sizes) {
+        const std::string number = u32(0) + u32(0) + u32(1);
+        return box(
+            "moov",
+            box("trak",
+                fullBox("tkhd", 0, number) +
+                    box("mdia",
+                        box("minf",
+                            box("stbl",
+                                fullBox("stts", 0, u32(1) + u32(samples) + u32(duration)) +
+                                    fullBox("stsc", 0, u32(1) + u32(1) + u32(samples) + u32(1)) +
+                                    fullBox("stsz", 0, sizes))))));
+    };
+    Movie movie{.tail = indexWith(1, 200, u32(5) + u32(1))};
+    movie.gathered[1] = {{{2, 100}}, {2, 3}};
+    const std::string told = indexWith(2, 100, u32(0) + u32(2) + u32(2) + u32(3));
+    EXPECT_EQ(placed(movie, IndexPlace::end), start + movie.media + told);
+    EXPECT_EQ(placed(movie, IndexPlace::front), start + told + movie.media);
+    movie.gathered[1].runs[0].duration = 300;
+    EXPECT_THROW(placed(movie, IndexPlace::end), Error);
 }
 
 TEST_F(IndexPlacerTest, NeedsMediaAndAnIndex) {

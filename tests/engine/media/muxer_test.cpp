@@ -35,13 +35,22 @@ constexpr auto m4a = FileType::AVFileTypeAppleM4A;
 
 class MuxerTest : public test::SourceTest {
 protected:
-    /// A muxer with the source's streams and its header.
-    std::unique_ptr<Muxer> begin(FileType type, IndexPlace index = IndexPlace::end) {
+    enum class Samples { oneByOne, gathered };
+
+    /// A muxer with the source's streams, its labels and its header.
+    std::unique_ptr<Muxer> begin(FileType type, IndexPlace index = IndexPlace::end,
+                                 Samples samples = Samples::oneByOne) {
         m_demuxer = av::Demuxer::open(InputFile::open(source()), av::ProbeDepth::streams, {});
         auto muxer = std::make_unique<Muxer>(output(), type, index, m_stop.get_token());
         const AVFormatContext& context = m_demuxer->context();
         for (const AVStream* stream : std::span(context.streams, context.nb_streams))
-            copyStreamDescription(muxer->addStream(), *stream);
+            // Chapters' titles are read already.
+            if (stream->discard != AVDISCARD_ALL)
+                copyStreamDescription(muxer->addStream(), *stream);
+        for (unsigned i = 0; samples == Samples::gathered && i < context.nb_streams; ++i)
+            if (context.streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+                muxer->gatherSamples(static_cast<int>(i));
+        muxer->copyFileMetadata(context, Time::zero());
         muxer->writeHeader();
         return muxer;
     }
@@ -54,8 +63,9 @@ protected:
             muxer.write(*packet);
         }
     }
-    void copy(FileType type, IndexPlace index = IndexPlace::end) {
-        const auto muxer = begin(type, index);
+    void copy(FileType type, IndexPlace index = IndexPlace::end,
+              Samples samples = Samples::oneByOne) {
+        const auto muxer = begin(type, index, samples);
         copyPackets(*muxer);
         muxer->finish();
     }
@@ -73,6 +83,21 @@ std::optional<ErrorKind> kindOf(const std::function<void()>& action) {
         return error.kind();
     }
     return std::nullopt;
+}
+
+/// Whether the files have the same packets, of the same times, in the same order.
+void expectSamePackets(const boxlift::test::ProbedStream& stream,
+                       const boxlift::test::ProbedStream& other) {
+    ASSERT_EQ(stream.packets.size(), other.packets.size());
+    for (std::size_t i = 0; i < stream.packets.size(); ++i) {
+        const auto& packet = stream.packets[i];
+        const auto& otherPacket = other.packets[i];
+        EXPECT_EQ(packet.pts, otherPacket.pts) << i;
+        EXPECT_EQ(packet.dts, otherPacket.dts) << i;
+        EXPECT_EQ(packet.duration, otherPacket.duration) << i;
+        EXPECT_EQ(packet.isKey, otherPacket.isKey) << i;
+        EXPECT_EQ(packet.payloadHash, otherPacket.payloadHash) << i;
+    }
 }
 
 /// A stream as complete as a muxer wants it.
@@ -143,6 +168,28 @@ TEST_F(MuxerTest, WritesEachTypesOwnKindOfFile) {
         std::filesystem::remove(output());
         copy(type);
         EXPECT_EQ(probe(output()).metadata.at("major_brand"), brand);
+    }
+}
+
+TEST_F(MuxerTest, TellsOfGatheredSamplesAsOfOthers) {
+    auto spec = mediaOf("mov", {}, {audioOf("aac"), audioOf("aac")});
+    spec.seconds = 14.3;
+    spec.chapters = {{"one", 0, 6}, {"two", 6, 14}};
+    MAKE_SOURCE(spec);
+    const auto from = probe(source());
+    for (const IndexPlace place : {IndexPlace::end, IndexPlace::front}) {
+        std::filesystem::remove(output());
+        copy(m4a, place, Samples::gathered);
+        const auto file = probe(output());
+        for (const std::size_t track : {0U, 1U}) {
+            const auto& expected = from.audio(track);
+            ASSERT_GT(expected.packets.size(), 600U);
+            expectSamePackets(file.audio(track), expected);
+            EXPECT_EQ(file.audio(track).durationSeconds, expected.durationSeconds);
+            EXPECT_EQ(file.audio(track).startSeconds, expected.startSeconds);
+        }
+        ASSERT_EQ(file.chapters.size(), 2U);
+        EXPECT_EQ(file.chapters[1].title, "two");
     }
 }
 
