@@ -15,13 +15,18 @@ constexpr const char* flattenRgb = "format=gbrap|gbrap10le|gbrap12le|gbrap16le,"
 constexpr const char* flattenLimited = "setparams=range=limited,premultiply=inplace=1";
 constexpr const char* flattenFull = "setparams=range=full,premultiply=inplace=1";
 
-/// To linear light, there to BT.709's primaries, then the highlights are rolled off. 100 cd/m² is
-/// the white of standard range.
-constexpr const char* toneMap = "zscale=transfer=linear:npl=100,format=gbrpf32le,"
-                                "zscale=primaries=bt709,tonemap=tonemap=hable:desat=0,"
+/// To linear light with BT.709's primaries, then the highlights are rolled off. 100 cd/m² is the
+/// white of standard range.
+constexpr const char* toLinear = "zscale=transfer=linear:npl=100:primaries=bt709";
+constexpr const char* toneMap = "format=gbrpf32le,tonemap=tonemap=hable:desat=0,"
                                 "zscale=transfer=bt709:matrix=bt709:range=limited";
 
 constexpr const char* scaling = ":flags=bicubic+accurate_rnd+full_chroma_int";
+/// The same curve, for the other scaler.
+constexpr const char* scalingToLinear = ":filter=bicubic:param_a=0:param_b=0.6";
+
+/// Pixels to a sample of chroma, at most.
+constexpr int coarsestChroma = 4;
 
 const AVPixFmtDescriptor* descriptor(AVPixelFormat format) {
     return av_pix_fmt_desc_get(format);
@@ -55,8 +60,35 @@ const char* flatten(const DecodedPictures& pictures) {
     return pictures.colour.range == AVCOL_RANGE_JPEG ? flattenFull : flattenLimited;
 }
 
+std::string dimensions(PictureSize size) {
+    return "width=" + std::to_string(size.width) + ":height=" + std::to_string(size.height);
+}
+
 std::string scaleTo(PictureSize size) {
-    return "scale=" + std::to_string(size.width) + ":" + std::to_string(size.height) + scaling;
+    return "scale=" + dimensions(size) + scaling;
+}
+
+/// What makes light linear can scale as well. Then no small chroma is made in between, which is
+/// faster, and comes nearer to what pictures look like that are scaled at the very end. But it
+/// takes no part of a chroma sample, and would make pictures larger in linear light, where edges
+/// ring.
+bool canScaleToLinear(PictureSize from, PictureSize to) {
+    return from.width % coarsestChroma == 0 && from.height % coarsestChroma == 0 &&
+           to.width <= from.width && to.height <= from.height;
+}
+
+std::string mapHighRange(PictureSize from, PictureSize to) {
+    Chain chain;
+    if (from == to) {
+        chain.add(toLinear);
+    } else if (canScaleToLinear(from, to)) {
+        chain.add(std::string(toLinear) + ":" + dimensions(to) + scalingToLinear);
+    } else {
+        chain.add(scaleTo(to));
+        chain.add(toLinear);
+    }
+    chain.add(toneMap);
+    return chain.text();
 }
 
 std::string convert(const DecodedPictures& pictures, PictureSize size) {
@@ -81,9 +113,7 @@ std::string filterChain(const DecodedPictures& pictures, PictureSize size) {
     const bool isPlain = pictures.format == AV_PIX_FMT_YUV420P &&
                          pictures.colour.range != AVCOL_RANGE_JPEG && isFitting;
     if (pictures.colour.isHighRange()) {
-        if (!isFitting)
-            chain.add(scaleTo(size));
-        chain.add(toneMap);
+        chain.add(mapHighRange(pictures.size, size));
     } else if (!isPlain) {
         chain.add(convert(pictures, size));
     }

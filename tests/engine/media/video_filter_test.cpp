@@ -169,6 +169,83 @@ TEST(VideoFilter, MapsHlgToStandardRange) {
     EXPECT_GT(bright, middle + 30);
 }
 
+av::FramePtr highRangePicture(int width, int height, const test::PlaneValues& values) {
+    auto picture = makePicture(AV_PIX_FMT_YUV420P10LE, width, height, values);
+    picture->color_trc = AVCOL_TRC_SMPTE2084;
+    return picture;
+}
+
+TEST(VideoFilter, MapsHighRangeAlikeWhateverBecomesOfTheSize) {
+    const test::PlaneValues orange{450, 440, 600};
+    // By hand: PQ's and BT.2020's formulas, BT.709's primaries, the curve that rolls off with a
+    // peak of 1000 cd/m², BT.1886's gamma of 2.4.
+    const int expected[] = {87, 103, 202};
+    struct {
+        const char* what;
+        PictureSize from;
+        PictureSize to;
+    } const sizes[] = {
+        {"the same", {64, 48}, {64, 48}},     {"smaller", {64, 48}, {32, 24}},
+        {"uneven steps", {64, 48}, {50, 38}}, {"narrower", {64, 48}, {48, 48}},
+        {"larger", {32, 24}, {64, 48}},       {"wider and lower", {48, 64}, {64, 48}},
+        {"odd", {65, 49}, {64, 48}},          {"odd chroma", {66, 50}, {64, 48}},
+        {"smallest", {1, 1}, {2, 2}},
+    };
+    for (const auto& row : sizes) {
+        SCOPED_TRACE(row.what);
+        const auto picture =
+            filtered(highRangePicture(row.from.width, row.from.height, orange), row.to);
+        expectEncodable(*picture, row.to);
+        for (const int plane : {0, 1, 2})
+            EXPECT_NEAR(valueAt(*picture, plane, 0, 0), expected[plane], 1);
+    }
+}
+
+/// 64 by 64 pixels, dark but for some.
+template <typename IsBright>
+av::FramePtr twoTone(const IsBright& isBright) {
+    constexpr int size = 64;
+    auto picture = highRangePicture(size, size, {64, 512, 512});
+    for (int y = 0; y < size; ++y) {
+        auto* line = reinterpret_cast<std::uint16_t*>(picture->data[0] + y * picture->linesize[0]);
+        for (int x = 0; x < size; ++x)
+            if (isBright(x, y))
+                line[x] = 600;
+    }
+    return picture;
+}
+
+TEST(VideoFilter, ScalesHighRangeWithoutMovingIt) {
+    const auto columns = filtered(twoTone([](int x, int) { return x >= 32; }), {32, 32});
+    const auto rows = filtered(twoTone([](int, int y) { return y >= 32; }), {32, 32});
+    const int bright = valueAt(*columns, 0, 31, 16);
+    ASSERT_GT(bright, 120);
+    for (int i = 0; i < 32; ++i) {
+        const int expected = i < 16 ? 16 : bright;
+        // Bicubic scaling looks at four neighbours here.
+        const int tolerance = i < 14 || i > 17 ? 1 : 40;
+        EXPECT_NEAR(valueAt(*columns, 0, i, 16), expected, tolerance) << "column " << i;
+        EXPECT_NEAR(valueAt(*rows, 0, 16, i), expected, tolerance) << "row " << i;
+    }
+}
+
+TEST(VideoFilter, BlendsNeighboursWhereHighRangeGetsSmaller) {
+    const auto columns = filtered(twoTone([](int x, int) { return x % 2 == 1; }), {32, 32});
+    const auto rows = filtered(twoTone([](int, int y) { return y % 2 == 1; }), {32, 32});
+    const int middle =
+        valueAt(*filtered(highRangePicture(64, 64, {332, 512, 512}), {32, 32}), 0, 5, 5);
+    for (int i = 4; i < 28; ++i) {
+        EXPECT_NEAR(valueAt(*columns, 0, i, 16), middle, 2) << "column " << i;
+        EXPECT_NEAR(valueAt(*rows, 0, 16, i), middle, 2) << "row " << i;
+    }
+}
+
+TEST(VideoFilter, TakesSmallHighRangePicturesThatHaveFields) {
+    auto picture = highRangePicture(8, 8, {509, 512, 512});
+    setInterlaced(*picture);
+    EXPECT_EQ(filtered(std::move(picture), {4, 4})->width, 4);
+}
+
 TEST(VideoFilter, TakesTheStreamsTagsForUntaggedPictures) {
     const VideoColour tags{AVCOL_PRI_BT2020, AVCOL_TRC_SMPTE2084, AVCOL_SPC_BT2020_NCL,
                            AVCOL_RANGE_MPEG};
