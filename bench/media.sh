@@ -36,6 +36,19 @@ makeFilm() {
         -c:a aac -b:a 256k
 }
 
+# Its whites shine with 400 cd/m², four times what standard range has.
+highRange="setparams=color_primaries=bt709:color_trc=bt709:colorspace=bt709:range=limited,\
+zscale=transfer=smpte2084:primaries=bt2020:matrix=bt2020nc:npl=400,format=yuv420p10le"
+
+# Six seconds of such pictures with high dynamic range, as HEVC. The tags of frames do not reach the
+# encoder.
+makeHighRangeFilm() {
+    makeOnce "$work/high-range.mov" ffmpeg -v error -f lavfi -i "$picture,$highRange" \
+        -f lavfi -i "$music" -t 6 -c:v libx265 -preset ultrafast -x265-params log-level=error \
+        -b:v 25M -tag:v hvc1 -color_primaries bt2020 -color_trc smpte2084 -colorspace bt2020nc \
+        -color_range tv -c:a aac -b:a 256k
+}
+
 # repeatFilm NAME SECONDS: the film over and over, or only its beginning.
 repeatFilm() {
     makeFilm

@@ -106,17 +106,21 @@ rowAac() { tellAac 10 1.7; }
 rowAac60() { turns=1 tellAac 60 1.85 ", one pair"; }
 
 # Encoding pictures.
-reencodeOurs() { convert --target mp4 --size "$size" "$work/film.mov"; }
+reencodeOurs() { convert --target mp4 --size "$size" "$work/$film.mov"; }
 reencodePeer() {
-    ffmpeg -v error -y -i "$work/film.mov" -vf "scale=-2:$height" -c:v libx264 -preset veryfast \
+    ffmpeg -v error -y -i "$work/$film.mov" -vf "$filters" -c:v libx264 -preset veryfast \
         -crf 17 -maxrate "$rate" -bufsize "$buffer" -profile:v high -pix_fmt yuv420p \
         -c:a aac -b:a 256k "$work/peer.mp4"
 }
 reencodeHandBrake() {
-    HandBrakeCLI -i "$work/film.mov" -o "$work/peer.mp4" -e x264 --encoder-preset veryfast -q 17 \
+    HandBrakeCLI -i "$work/$film.mov" -o "$work/peer.mp4" -e x264 --encoder-preset veryfast -q 17 \
         --encoder-profile high -x "vbv-maxrate=${rate%k}:vbv-bufsize=${buffer%k}" \
         --maxHeight "$height" --maxWidth 1920 -E av_aac -B 256
 }
+
+toLinear="zscale=transfer=linear:npl=100:primaries=bt709"
+toneMap="format=gbrpf32le,tonemap=tonemap=hable:desat=0,\
+zscale=transfer=bt709:matrix=bt709:range=limited,format=yuv420p"
 
 # shareOfCores COMMAND...: how much of all cores the command keeps busy.
 shareOfCores() {
@@ -124,10 +128,18 @@ shareOfCores() {
 }
 
 tellReencode() {
+    local film=film filters="scale=-2:$height"
     inTurns reencodeOurs reencodePeer
     tellTimes "re-encode 1080p to ${height}p, ffmpeg" "at least 1.1"
     inTurns reencodeOurs reencodeHandBrake
     tellTimes "re-encode 1080p to ${height}p, HandBrakeCLI" "at least 1.1"
+}
+
+# tellHighRange [SCALING]: the peer filters as we do.
+tellHighRange() {
+    local film=high-range filters="$toLinear${1:-},$toneMap"
+    inTurns reencodeOurs reencodePeer
+    tellTimes "high range 1080p to ${height}p, ffmpeg" "at least 1.1"
 }
 
 reencodeMinute() { convert --target mp4 --size p1080 "$work/minute.mov"; }
@@ -135,9 +147,13 @@ reencodeMinute() { convert --target mp4 --size p1080 "$work/minute.mov"; }
 rowReencode() {
     makeFilm
     makeLongFilm
+    makeHighRangeFilm
     tell "re-encode of a minute, share of all cores" "$(shareOfCores reencodeMinute)" - - "above 0.95"
     size=p720 height=720 rate=10000k buffer=20000k tellReencode
     size=p1080 height=1080 rate=20000k buffer=40000k tellReencode
+    size=p720 height=720 rate=10000k buffer=20000k \
+        tellHighRange ":width=1280:height=720:filter=bicubic:param_a=0:param_b=0.6"
+    size=p1080 height=1080 rate=20000k buffer=40000k tellHighRange
 }
 
 # What conversions ask of the allocator: a film, and one of five times its length.
