@@ -28,8 +28,8 @@ bool FileExportSession::waitUntilFinished(std::chrono::milliseconds timeout) {
 }
 
 float FileExportSession::progress() const {
-    const float standing = m_progress.load();
     const std::lock_guard lock(m_muxerMutex);
+    const float standing = m_progress.load();
     if (!m_finishing)
         return standing;
     const double left = almostDone - standing;
@@ -58,8 +58,11 @@ void FileExportSession::setProgress(double fraction) {
 }
 
 void FileExportSession::finish(Muxer& muxer) {
+    // What the muxer has reached stays when it ends, well or not.
     const auto show = [this](const Muxer* finishing) {
+        const float reached = progress();
         const std::lock_guard lock(m_muxerMutex);
+        setProgress(reached);
         m_finishing = finishing;
     };
     show(&muxer);
@@ -69,7 +72,6 @@ void FileExportSession::finish(Muxer& muxer) {
         show(nullptr);
         throw;
     }
-    setProgress(almostDone);
     show(nullptr);
 }
 
