@@ -20,7 +20,7 @@ public:
     /// publish() does nothing. `path` is for messages only.
     static std::unique_ptr<OutputFile> adopt(int descriptor, const std::filesystem::path& path);
 
-    ~OutputFile();
+    virtual ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
@@ -31,7 +31,7 @@ public:
     /// Writes all of it; 0 or errno. What is written in order begins its way to the disk at once.
     int writeAt(std::int64_t offset, std::span<const std::byte> data) noexcept;
     /// Number of bytes read, or -errno.
-    std::int64_t readAt(std::int64_t offset, std::span<std::byte> into) const noexcept;
+    virtual std::int64_t readAt(std::int64_t offset, std::span<std::byte> into) const noexcept;
 
     /// What has been written in all, counting what was written twice as two.
     std::int64_t bytesWritten() const { return m_bytesWritten; }
@@ -42,6 +42,10 @@ public:
     /// nameTaken when somebody else's file has the name by now. The last act: nothing can fail
     /// after it.
     void publish();
+
+protected:
+    /// Takes over the other's file; the other has none from then on.
+    OutputFile(OutputFile&& other) noexcept;
 
 private:
     enum class Naming { link, rename, byItsMaker };

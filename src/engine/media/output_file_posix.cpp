@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "engine/media/error.h"
 #include "engine/media/platform_files.h"
@@ -108,6 +109,12 @@ std::unique_ptr<OutputFile> OutputFile::adopt(int descriptor, const std::filesys
     file->m_naming = Naming::byItsMaker;
     return file;
 }
+
+OutputFile::OutputFile(OutputFile&& other) noexcept
+    : m_path(std::move(other.m_path)), m_naming(other.m_naming),
+      m_hiddenName(std::exchange(other.m_hiddenName, {})),
+      m_descriptor(std::exchange(other.m_descriptor, -1)), m_bytesWritten(other.m_bytesWritten),
+      m_hurried(other.m_hurried) {}
 
 void OutputFile::openHidden(const std::filesystem::path& folder) {
     sweepStaleFiles(folder);
