@@ -6,6 +6,7 @@
 
 #include "engine/media/av/conversion.h"
 #include "engine/media/error.h"
+#include "engine/media/sample_marks.h"
 
 namespace boxlift::media {
 
@@ -115,8 +116,36 @@ void PacketSource::ignore(int stream) {
     m_demuxer->context().streams[stream]->discard = AVDISCARD_ALL;
 }
 
+std::vector<int> PacketSource::takenStreams() const {
+    std::vector<int> streams;
+    for (const AVStream* stream : std::span(context().streams, context().nb_streams))
+        if (m_states[static_cast<std::size_t>(stream->index)].isTaken)
+            streams.push_back(stream->index);
+    return streams;
+}
+
+bool PacketSource::trustIndex(std::stop_token stop) {
+    if (!m_isIndexed || !indexSparesParsing(context(), takenStreams()))
+        return false;
+    // Probing has made the parsers already, and they stay until a demuxer's end.
+    auto reader = av::Demuxer::open(m_demuxer->file(), av::ProbeDepth::index, std::move(stop));
+    const AVFormatContext& other = reader->context();
+    if (other.nb_streams != context().nb_streams)
+        return false;
+    for (AVStream* stream : std::span(other.streams, other.nb_streams)) {
+        const AVStream& probed = this->stream(stream->index);
+        stream->discard = probed.discard;
+        // Of this the library makes the length of a sample that has none.
+        stream->r_frame_rate = probed.r_frame_rate;
+    }
+    m_demuxer->dropPackets();
+    m_reader = std::move(reader);
+    return true;
+}
+
 bool PacketSource::next(AVPacket& packet) {
-    while (m_demuxer->read(packet)) {
+    av::Demuxer& reader = m_reader ? *m_reader : *m_demuxer;
+    while (reader.read(packet)) {
         const auto index = static_cast<std::size_t>(packet.stream_index);
         // Streams that turn up in mid-file were in no plan.
         if (index < m_states.size() && m_states[index].isTaken) {

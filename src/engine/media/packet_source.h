@@ -44,6 +44,10 @@ public:
     void select(int stream);
     /// Leaves a stream of the selection out.
     void ignore(int stream);
+    /// From here on the samples of a movie come as its index describes them, where that says enough
+    /// of those that are taken; returns whether it does. Before the first packet, and after the
+    /// last select() or ignore(). Not for decoding.
+    bool trustIndex(std::stop_token stop);
     /// The next packet, in its stream's time base; false at the end.
     bool next(AVPacket& packet);
     /// How much of the file has been read when `packet` is the last that came, 0 to 1: by time
@@ -60,10 +64,13 @@ private:
     void readTimeline(const Selection& selection, std::stop_token stop);
     void take(const Timeline& timeline, const AVFormatContext& context);
     Time movieStart() const;
+    std::vector<int> takenStreams() const;
     void closeJumps(const AVPacket& packet, StreamState& state);
     void shift(AVPacket& packet, Time jump) const;
 
     std::unique_ptr<av::Demuxer> m_demuxer;
+    /// Where packets come from instead once the index is trusted; else null.
+    std::unique_ptr<av::Demuxer> m_reader;
     std::vector<TimeRange> m_ranges;
     std::vector<Time> m_shownEnds;
     std::vector<StreamState> m_states;

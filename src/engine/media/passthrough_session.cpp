@@ -97,6 +97,7 @@ void PassthroughSession::run(const Settings& settings, std::stop_token stop) {
         addTrack(muxer, tracks, index);
     for (const int index : subtitlesFor(settings.type))
         addTrack(muxer, tracks, index);
+    m_source.trustIndex(stop);
     applyTransforms(muxer, tracks);
     muxer.copyFileMetadata(m_source.context(), m_source.start());
     muxer.writeHeader();

@@ -70,7 +70,7 @@ std::unique_ptr<Demuxer> Demuxer::open(std::shared_ptr<const InputFile> file, Pr
     takeLastLogLine();
     std::unique_ptr<Demuxer> demuxer(new Demuxer(std::move(file), depth, std::move(stop)));
     demuxer->m_io.setDeadline(Clock::now() + openingTime);
-    demuxer->openContext();
+    demuxer->openContext(depth);
     demuxer->probe(depth);
     demuxer->m_io.setDeadline(Clock::time_point::max());
     return demuxer;
@@ -88,12 +88,14 @@ void Demuxer::fail(int code, std::string_view what) const {
     check(code == AVERROR_EXIT ? AVERROR_INVALIDDATA : code, Operation::open, what, path());
 }
 
-void Demuxer::openContext() {
+void Demuxer::openContext(ProbeDepth depth) {
     AVFormatContext* context = avformat_alloc_context();
     if (!context)
         throw std::bad_alloc();
     context->pb = m_io.context();
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    if (depth == ProbeDepth::index)
+        context->flags |= AVFMT_FLAG_NOPARSE;
     context->io_open = refuseOtherFiles;
     context->interrupt_callback = {&Demuxer::interrupted, this};
     context->probesize = probeBytes;
@@ -110,7 +112,7 @@ void Demuxer::openContext() {
 }
 
 void Demuxer::probe(ProbeDepth depth) {
-    if (depth == ProbeDepth::header && headerTellsAll())
+    if (depth != ProbeDepth::streams && headerTellsAll())
         return;
     const int result = avformat_find_stream_info(m_context.get(), nullptr);
     if (result < 0 || m_stop.stop_requested())

@@ -13,6 +13,7 @@ namespace boxlift::media::av {
 /// How much of a file is read when it is opened.
 enum class ProbeDepth {
     header,  ///< The header alone where it tells all; else as `streams`.
+    index,   ///< As `header`, to read packets as the container has them: nobody looks into them.
     streams, ///< Some packets of each stream as well, in bounded bytes and time.
 };
 
@@ -32,6 +33,8 @@ public:
 
     /// Whether this is the QuickTime and MPEG-4 family.
     bool isMovie() const;
+    /// Lets go of packets that were read when the streams were probed.
+    void dropPackets() { avformat_flush(m_context.get()); }
     /// The next packet of a stream that is not discarded; false at the end of the file. Throws
     /// media::Error when the file cannot be read, Cancelled when the token asks.
     bool read(AVPacket& packet);
@@ -41,7 +44,7 @@ private:
 
     Demuxer(std::shared_ptr<const InputFile> file, ProbeDepth depth, std::stop_token stop);
     static int interrupted(void* self) noexcept;
-    void openContext();
+    void openContext(ProbeDepth depth);
     void probe(ProbeDepth depth);
     bool headerTellsAll() const;
     void fail(int code, std::string_view what) const;
