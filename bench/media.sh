@@ -66,10 +66,11 @@ makeForeignFilm() {
         -c copy -t 60
 }
 
-# makeLightFilm SECONDS: no compressed picture of it takes as much memory as a picture.
+# makeLightFilm SECONDS: no compressed picture of it takes as much memory as a picture. Two seconds
+# from key frame to key frame.
 makeLightFilm() {
-    makeOnce "$work/light-$1.mov" ffmpeg -v error -f lavfi -i "$picture" -t "$1" \
-        -c:v libx264 -preset ultrafast -b:v 8M -maxrate 8M -bufsize 2M -pix_fmt yuv420p
+    makeOnce "$work/light-$1s.mov" ffmpeg -v error -f lavfi -i "$picture" -t "$1" \
+        -c:v libx264 -g 60 -preset ultrafast -b:v 8M -maxrate 8M -bufsize 2M -pix_fmt yuv420p
 }
 
 # makeLargeFilm MEBIBYTES: the film over and over.

@@ -161,7 +161,7 @@ rowAllocations() {
     makeLightFilm 6
     makeLightFilm 30
     echo "allocations"
-    "$root/build/bench/bin/allocation_counts" "$work/out" "$work/light-6.mov" "$work/light-30.mov"
+    "$root/build/bench/bin/allocation_counts" "$work/out" "$work/light-6s.mov" "$work/light-30s.mov"
 }
 
 # What ten and a hundred times the work costs. Processor seconds hardly depend on other work.
