@@ -187,6 +187,12 @@ bool isAllElsewhere(Span box) {
     return count > 0 && elsewhere == count;
 }
 
+/// Whether a grouping of samples tells of keys.
+bool groupsKeys(Span box) {
+    box.skip(4);
+    return box.u32() == fourCharCode("rap ");
+}
+
 /// Where a track's boxes may lie, from the track down: bounds how deep a file can lead us.
 struct NestingRow {
     FourCharCode outer;
@@ -231,6 +237,8 @@ struct TrackBoxes {
             track.sampleEntries = readSampleEntries(box);
         else if (type == fourCharCode("dref"))
             track.isElsewhere = isAllElsewhere(box);
+        else if (type == fourCharCode("stps") || (type == fourCharCode("sbgp") && groupsKeys(box)))
+            track.hasPartialKeys = true;
         else if (mayLieIn(outer, type))
             gather(type, box, movieTimescale);
     }

@@ -28,9 +28,14 @@ struct MovieTrack {
     std::vector<FourCharCode> sampleEntries;
     /// Whether the samples lie in another file.
     bool isElsewhere = false;
+    /// Whether some samples are said to be such that decoding can begin with them, though samples
+    /// behind them that are shown earlier may be broken then (`stps` in QuickTime; the group "rap "
+    /// of ISO/IEC 14496-12, 10.4).
+    bool hasPartialKeys = false;
 };
 
-/// The index of a QuickTime or MPEG-4 file, read with a few small reads: not the sample tables.
+/// The index of a QuickTime or MPEG-4 file, read with a few small reads: not the sample tables'
+/// rows.
 struct MovieLayout {
     bool isFragmented = false;
     std::vector<MovieTrack> tracks;

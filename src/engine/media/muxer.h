@@ -43,8 +43,8 @@ public:
     /// What is known of a stream's samples. Where it is of all streams, and the file is large, room
     /// is left for an index in front, so that the media need not be moved to make it.
     void expect(int stream, const ExpectedSamples& samples) { m_expected[stream] = samples; }
-    /// Keeps memory low where a stream has very many samples, all of which can be decoded by
-    /// themselves.
+    /// Keeps memory low where a stream has very many samples; see SampleGatherer for which ones it
+    /// may have.
     void gatherSamples(int stream) { m_gatherers[stream]; }
     /// Carries over what belongs to the file as a whole: titles, dates, places and chapters, and
     /// the cover art where the type can hold it. `start` is the time in the source that becomes

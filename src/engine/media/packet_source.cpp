@@ -6,7 +6,7 @@
 
 #include "engine/media/av/conversion.h"
 #include "engine/media/error.h"
-#include "engine/media/sample_marks.h"
+#include "engine/media/index_trust.h"
 
 namespace boxlift::media {
 
@@ -67,6 +67,8 @@ void PacketSource::take(const Timeline& timeline, const AVFormatContext& context
         m_shownEnds.push_back(timeline.shownEnd(*stream));
         if (timeline.isSpliced(*stream))
             m_spliced.push_back(stream->index);
+        if (timeline.hasPartialKeys(*stream))
+            m_partialKeys.insert(stream->index);
     }
     m_ranges.resize(m_states.size());
     m_shownEnds.resize(m_states.size());
@@ -124,19 +126,42 @@ std::vector<int> PacketSource::takenStreams() const {
     return streams;
 }
 
+std::unique_ptr<av::Demuxer> PacketSource::openUnparsed(std::stop_token stop) const {
+    try {
+        return av::Demuxer::open(m_demuxer->file(), av::ProbeDepth::index, std::move(stop));
+    } catch (const Error&) {
+        // It only saves time: the one that is open can do without.
+        return nullptr;
+    }
+}
+
+bool PacketSource::isReadAlike(const AVFormatContext& other) const {
+    const auto isAlike = [&](int index) {
+        const AVStream& one = stream(index);
+        const AVStream& another = *other.streams[index];
+        return one.codecpar->codec_id == another.codecpar->codec_id &&
+               av_cmp_q(one.time_base, another.time_base) == 0 &&
+               avformat_index_get_entries_count(&one) == avformat_index_get_entries_count(&another);
+    };
+    return other.nb_streams == context().nb_streams && std::ranges::all_of(takenStreams(), isAlike);
+}
+
 bool PacketSource::trustIndex(std::stop_token stop) {
-    if (!m_isIndexed || !indexSparesParsing(context(), takenStreams()))
+    const std::vector<int> taken = takenStreams();
+    const auto isPartial = [this](int index) { return m_partialKeys.contains(index); };
+    if (!m_isIndexed || std::ranges::any_of(taken, isPartial) ||
+        !indexSparesParsing(context(), taken))
         return false;
-    // Probing has made the parsers already, and they stay until a demuxer's end.
-    auto reader = av::Demuxer::open(m_demuxer->file(), av::ProbeDepth::index, std::move(stop));
-    const AVFormatContext& other = reader->context();
-    if (other.nb_streams != context().nb_streams)
+    // In the one that is open, probing has made the parsers already and has read samples.
+    auto reader = openUnparsed(std::move(stop));
+    if (!reader || !isReadAlike(reader->context()))
         return false;
-    for (AVStream* stream : std::span(other.streams, other.nb_streams)) {
-        const AVStream& probed = this->stream(stream->index);
-        stream->discard = probed.discard;
-        // Of this the library makes the length of a sample that has none.
-        stream->r_frame_rate = probed.r_frame_rate;
+    for (AVStream* other : std::span(reader->context().streams, context().nb_streams)) {
+        const AVStream& probed = stream(other->index);
+        other->discard = probed.discard;
+        // Pictures that are shown in another order have no length of their own: the library makes
+        // it of the frame rate, which probing has found.
+        other->r_frame_rate = probed.r_frame_rate;
     }
     m_demuxer->dropPackets();
     m_reader = std::move(reader);

@@ -65,6 +65,8 @@ private:
     void take(const Timeline& timeline, const AVFormatContext& context);
     Time movieStart() const;
     std::vector<int> takenStreams() const;
+    std::unique_ptr<av::Demuxer> openUnparsed(std::stop_token stop) const;
+    bool isReadAlike(const AVFormatContext& other) const;
     void closeJumps(const AVPacket& packet, StreamState& state);
     void shift(AVPacket& packet, Time jump) const;
 
@@ -75,6 +77,7 @@ private:
     std::vector<Time> m_shownEnds;
     std::vector<StreamState> m_states;
     std::vector<int> m_spliced;
+    std::set<int> m_partialKeys;
     std::set<int> m_chapterTexts;
     Time m_duration;
     Time m_start = Time::zero();

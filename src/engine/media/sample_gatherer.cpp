@@ -7,7 +7,7 @@ namespace boxlift::media {
 
 namespace {
 
-/// Six seconds of sound: few enough to be held in memory, and to be lost to a crash.
+/// Six seconds of sound at 44.1 kHz. Twice as many would save next to nothing more.
 constexpr std::uint32_t mostSamples = 256;
 /// A chunk of the file should not be much larger than the mebibyte that the writer aims at.
 constexpr int mostBytes = 1 << 19;
@@ -16,6 +16,9 @@ constexpr int mostBytes = 1 << 19;
 
 av::PacketPtr SampleGatherer::add(AVPacket& packet) {
     const av::PacketUnref guard{packet};
+    // The writer leaves such packets out, too.
+    if (packet.size == 0)
+        return nullptr;
     m_samples.sizes.push_back(static_cast<std::uint32_t>(packet.size));
     if (continues(packet)) {
         append(packet);
@@ -34,7 +37,7 @@ bool SampleGatherer::continues(const AVPacket& packet) const {
            run.duration > 0 && m_lastDuration == run.duration && packet.duration > 0 &&
            packet.dts == m_gathered->dts + m_gathered->duration &&
            packet.pts - packet.dts == m_gathered->pts - m_gathered->dts &&
-           packet.flags == m_gathered->flags;
+           packet.flags == m_gathered->flags && packet.side_data_elems == 0;
 }
 
 void SampleGatherer::begin(AVPacket& packet) {

@@ -9,8 +9,8 @@ namespace boxlift::media {
 
 /// Puts the packets of one stream together, so that the container's writer takes many for one. It
 /// keeps more than fifty bytes for each until the file ends, and ten hours of sound are more than a
-/// million packets; here four bytes are kept. For streams that any packet of can be decoded by
-/// itself, in order. One thread.
+/// million packets; here four bytes are kept. For streams whose packets come in order, all with
+/// time stamps, and can each be decoded by itself. One thread.
 class SampleGatherer {
 public:
     /// Takes over the packet's reference. The run before it when a new one begins with it, else

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 
 #include "engine/media/index_boxes.h"
 
@@ -182,37 +183,50 @@ Table sizes(Contents table, const SampleRuns& samples) {
     return result;
 }
 
+Table unchanged(Contents table, const SampleRuns&) {
+    return Bytes(table.begin(), table.end());
+}
+
 struct TableRow {
     FourCharCode type;
     Table (*expand)(Contents, const SampleRuns&);
+    bool isRequired = false;
 };
 
-constexpr TableRow expandable[] = {
-    {fourCharCode("stts"), times},
-    {fourCharCode("stsc"), chunks},
-    {fourCharCode("stsz"), sizes},
-    {fourCharCode("sbgp"), groups},
+/// Of any other nobody knows what would become of it.
+constexpr TableRow knownTables[] = {
+    {fourCharCode("stts"), times, true}, {fourCharCode("stsc"), chunks, true},
+    {fourCharCode("stsz"), sizes, true}, {fourCharCode("sbgp"), groups},
+    {fourCharCode("stsd"), unchanged},   {fourCharCode("sgpd"), unchanged},
+    {fourCharCode("stco"), unchanged},   {fourCharCode("co64"), unchanged},
 };
 
-/// Those that every track must have.
-constexpr std::ptrdiff_t required = 3;
+void putBox(Bytes& bytes, FourCharCode type, const Bytes& contents) {
+    put(bytes, contents.size() + headerSize, 4);
+    put(bytes, type, 4);
+    put(bytes, contents);
+}
 
 /// The contents of a sample table, `stbl`; nothing where one does not fit.
 Table expanded(Contents tables, const SampleRuns& samples) {
     Bytes result;
-    std::ptrdiff_t found = 0;
+    result.reserve(tables.size() + samples.sizes.size() * numberSize);
+    std::set<FourCharCode> found;
+    bool doesFit = true;
     index_boxes::forEachBox(tables, [&](FourCharCode type, Contents contents) {
-        const auto* row = std::ranges::find(expandable, type, &TableRow::type);
-        if (row == std::end(expandable))
-            return put(result, box_bytes::box(type, contents));
-        if (const Table table = row->expand(contents, samples)) {
-            put(result, box_bytes::box(type, *table));
-            found += row - expandable < required ? 1 : 0;
-        } else {
-            found -= required;
-        }
+        const auto* row = std::ranges::find(knownTables, type, &TableRow::type);
+        const bool isKnown = row != std::end(knownTables);
+        const Table table = isKnown ? row->expand(contents, samples) : std::nullopt;
+        doesFit = doesFit && table;
+        if (table)
+            putBox(result, type, *table);
+        found.insert(type);
     });
-    return found == required ? Table(std::move(result)) : std::nullopt;
+    const auto isThere = [&](const TableRow& row) {
+        return !row.isRequired || found.contains(row.type);
+    };
+    return doesFit && std::ranges::all_of(knownTables, isThere) ? Table(std::move(result))
+                                                                : std::nullopt;
 }
 
 } // namespace

@@ -103,6 +103,11 @@ bool Timeline::isSpliced(const AVStream& stream) const {
     return track && track->mediaEdits > 1;
 }
 
+bool Timeline::hasPartialKeys(const AVStream& stream) const {
+    const MovieTrack* track = trackOf(stream);
+    return track && track->hasPartialKeys;
+}
+
 Time Timeline::shownEnd(const AVStream& stream) const {
     const MovieTrack* track = trackOf(stream);
     const bool isTold = track && track->hasEdits && isIndexed();

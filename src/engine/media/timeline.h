@@ -24,6 +24,8 @@ public:
     bool isIndexed() const { return m_layout && !m_layout->isFragmented; }
     /// Whether a track shows several stretches of its media, one after the other.
     bool isSpliced(const AVStream& stream) const;
+    /// See MovieTrack.
+    bool hasPartialKeys(const AVStream& stream) const;
     /// The time at which the first track of sound or picture begins outside a movie; zero in one,
     /// whose time stamps count from its own zero.
     Time fileStart() const { return m_fileStart; }

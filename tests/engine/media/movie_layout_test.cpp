@@ -140,6 +140,21 @@ TEST_F(MovieLayoutTest, KnowsTracksWhoseSamplesLieElsewhere) {
     EXPECT_TRUE(isElsewhere({0, 0}));
 }
 
+TEST_F(MovieLayoutTest, TellsOfPartialKeys) {
+    const auto hasPartialKeys = [this](const std::string& table) {
+        const std::string tables = fullBox("stts", 0, u32(0)) + table;
+        return read(movie(track(box("mdia", box("minf", box("stbl", tables))))))
+            ->tracks.at(0)
+            .hasPartialKeys;
+    };
+    EXPECT_FALSE(hasPartialKeys(""));
+    EXPECT_FALSE(hasPartialKeys(fullBox("stss", 0, u32(0))));
+    EXPECT_TRUE(hasPartialKeys(fullBox("stps", 0, u32(0))));
+    EXPECT_TRUE(hasPartialKeys(fullBox("sbgp", 0, "rap " + u32(0))));
+    EXPECT_FALSE(hasPartialKeys(fullBox("sbgp", 0, "roll" + u32(0))));
+    EXPECT_FALSE(hasPartialKeys(box("sbgp", "ra")));
+}
+
 TEST_F(MovieLayoutTest, AddsUpEdits) {
     const MovieTrack found = readTrack(edits({{500, -1}, {250, -1}, {2000, 24000}, {1000, 0}}) +
                                        trackHeader(1) + media(96000));

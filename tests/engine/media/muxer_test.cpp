@@ -37,6 +37,12 @@ class MuxerTest : public test::SourceTest {
 protected:
     enum class Samples { oneByOne, gathered };
 
+    static void addStream(Muxer& muxer, const AVStream& source, Samples samples) {
+        AVStream& stream = muxer.addStream();
+        copyStreamDescription(stream, source);
+        if (samples == Samples::gathered && source.codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+            muxer.gatherSamples(stream.index);
+    }
     /// A muxer with the source's streams, its labels and its header.
     std::unique_ptr<Muxer> begin(FileType type, IndexPlace index = IndexPlace::end,
                                  Samples samples = Samples::oneByOne) {
@@ -46,10 +52,7 @@ protected:
         for (const AVStream* stream : std::span(context.streams, context.nb_streams))
             // Chapters' titles are read already.
             if (stream->discard != AVDISCARD_ALL)
-                copyStreamDescription(muxer->addStream(), *stream);
-        for (unsigned i = 0; samples == Samples::gathered && i < context.nb_streams; ++i)
-            if (context.streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
-                muxer->gatherSamples(static_cast<int>(i));
+                addStream(*muxer, *stream, samples);
         muxer->copyFileMetadata(context, Time::zero());
         muxer->writeHeader();
         return muxer;

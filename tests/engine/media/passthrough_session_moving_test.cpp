@@ -97,7 +97,7 @@ TEST_F(PassthroughMovingTest, ShowsInTheProgress) {
     ASSERT_LT(std::filesystem::file_size(source()), 8U << 20);
     std::vector<float> seen;
     m_session->exportAsynchronously();
-    while (!m_session->waitUntilFinished(0ms))
+    while (!m_session->waitUntilFinished(1ms))
         seen.push_back(m_session->progress());
     ASSERT_EQ(m_session->status(), Status::completed);
     EXPECT_EQ(boxlift::test::topLevelBoxTypes(output()), (Names{"ftyp", "moov", "mdat"}));

@@ -73,7 +73,7 @@ TEST_F(SampleGathererTest, MakesOnePacketOfMany) {
     EXPECT_EQ(samples.sizes, (std::deque<std::uint32_t>{6, 7, 5}));
 }
 
-TEST_F(SampleGathererTest, GivesOutARunOfSixSeconds) {
+TEST_F(SampleGathererTest, GivesOutARunWhenItHasManySamples) {
     std::int64_t given = 0;
     for (std::int64_t i = 0; i < 1000; ++i)
         if (const av::PacketPtr run = add({i * 1024})) {
@@ -93,6 +93,28 @@ TEST_F(SampleGathererTest, GathersNoMoreThanHalfAMebibyte) {
     EXPECT_EQ(add({3072, std::string(600'000, 'y')})->size, 200'000);
     EXPECT_EQ(add({4096})->size, 600'000);
     EXPECT_EQ(runs(), (Counts{2, 1, 1, 1}));
+}
+
+TEST_F(SampleGathererTest, LeavesEmptyPacketsOut) {
+    EXPECT_EQ(add({0, ""}), nullptr);
+    EXPECT_EQ(m_gatherer.take(), nullptr);
+    add({1024});
+    EXPECT_EQ(add({2048, ""}), nullptr);
+    EXPECT_NE(add({3072}), nullptr);
+    EXPECT_EQ(runs(), (Counts{1, 1}));
+}
+
+TEST_F(SampleGathererTest, KeepsWhatAPacketHasBesideItsBytes) {
+    add({0});
+    const av::PacketPtr packet = av::makePacket();
+    ASSERT_EQ(av_new_packet(packet.get(), 5), 0);
+    packet->pts = packet->dts = packet->duration = 1024;
+    packet->flags = AV_PKT_FLAG_KEY;
+    ASSERT_NE(av_packet_new_side_data(packet.get(), AV_PKT_DATA_SKIP_SAMPLES, 10), nullptr);
+    EXPECT_NE(m_gatherer.add(*packet), nullptr);
+    add({2048});
+    EXPECT_EQ(m_gatherer.take()->side_data_elems, 1);
+    EXPECT_EQ(runs(), (Counts{1, 2}));
 }
 
 TEST_F(SampleGathererTest, BeginsAnewWhereAPacketIsOfAnotherKind) {

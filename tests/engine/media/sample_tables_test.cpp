@@ -172,12 +172,20 @@ TEST(SampleTables, AreLeftAloneWhereTheyAreCutOff) {
     expectRefusal(tables, threeRuns());
 }
 
+TEST(SampleTables, AreLeftAloneBesideOthers) {
+    for (const char* other : {"stss", "ctts", "sdtp", "what"}) {
+        Tables tables;
+        tables.others = fullBox(other, 0, u32(0));
+        expectRefusal(tables, threeRuns());
+    }
+}
+
 TEST(SampleTables, MustAllBeThere) {
     for (const std::string& missing :
          {std::string("stts"), std::string("stsc"), std::string("stsz")}) {
         std::string text = movie(Tables().text());
         // That of the second track.
-        text.replace(text.rfind(missing), 4, "none");
+        text.replace(text.rfind(missing), 4, "sgpd");
         box_bytes::Bytes index(text.begin(), text.end());
         EXPECT_FALSE(expandSamples(index, ours, threeRuns())) << missing;
         EXPECT_EQ(std::string(index.begin(), index.end()), text);

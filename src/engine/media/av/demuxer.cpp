@@ -94,6 +94,8 @@ void Demuxer::openContext(ProbeDepth depth) {
         throw std::bad_alloc();
     context->pb = m_io.context();
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    // Not with AVFMT_FLAG_NOFILLIN, though the library wants both together: what a movie's index
+    // leaves out of the pictures' lengths is still to be filled in, which needs no parser.
     if (depth == ProbeDepth::index)
         context->flags |= AVFMT_FLAG_NOPARSE;
     context->io_open = refuseOtherFiles;

@@ -33,7 +33,8 @@ public:
 
     /// Whether this is the QuickTime and MPEG-4 family.
     bool isMovie() const;
-    /// Lets go of packets that were read when the streams were probed.
+    /// Lets go of the packets that were read when the streams were probed, and of the parsers. No
+    /// more is read then.
     void dropPackets() { avformat_flush(m_context.get()); }
     /// The next packet of a stream that is not discarded; false at the end of the file. Throws
     /// media::Error when the file cannot be read, Cancelled when the token asks.

@@ -1,4 +1,4 @@
-#include "engine/media/sample_marks.h"
+#include "engine/media/index_trust.h"
 
 #include <algorithm>
 
@@ -19,17 +19,26 @@ bool isTakenAsItIs(const AVCodecParameters& parameters) {
     }
 }
 
+const AVIndexEntry& entryOf(const AVStream& stream, int number) {
+    // The library only looks it up, but takes no constant.
+    return *avformat_index_get_entry(const_cast<AVStream*>(&stream), number);
+}
+
 /// Of a list of key frames that is empty the library makes one that has the first; where there is
-/// no list it takes all for such. And a last sample that lies at the media's end has no length.
-bool tellsAll(const AVStream& stream) {
-    // The libraries look entries up, but take no constant.
-    auto* source = const_cast<AVStream*>(&stream);
-    const int count = avformat_index_get_entries_count(source);
+/// no list it takes all samples for such.
+bool tellsKeyFrames(const AVStream& stream) {
+    const int count = avformat_index_get_entries_count(&stream);
     int keys = 0;
     for (int i = 0; i < count; ++i)
-        keys += (avformat_index_get_entry(source, i)->flags & AVINDEX_KEYFRAME) != 0;
-    return keys > 1 && keys < count &&
-           avformat_index_get_entry(source, count - 1)->timestamp < stream.duration;
+        keys += (entryOf(stream, i).flags & AVINDEX_KEYFRAME) != 0;
+    return keys > 1 && keys < count;
+}
+
+/// A sample lasts until the next one, and the last one until the media's end: none where it begins
+/// there.
+bool tellsLastLength(const AVStream& stream) {
+    const int count = avformat_index_get_entries_count(&stream);
+    return count > 0 && entryOf(stream, count - 1).timestamp < stream.duration;
 }
 
 bool isH264(const AVStream& stream) {
@@ -41,7 +50,8 @@ bool isH264(const AVStream& stream) {
 bool indexSparesParsing(const AVFormatContext& movie, std::span<const int> streams) {
     const auto isDescribed = [&](int index) {
         const AVStream& stream = *movie.streams[index];
-        return isH264(stream) ? tellsAll(stream) : isTakenAsItIs(*stream.codecpar);
+        return isH264(stream) ? tellsKeyFrames(stream) && tellsLastLength(stream)
+                              : isTakenAsItIs(*stream.codecpar);
     };
     return std::ranges::any_of(streams, [&](int index) { return isH264(*movie.streams[index]); }) &&
            std::ranges::all_of(streams, isDescribed);

@@ -1,4 +1,4 @@
-#include "engine/media/sample_marks.h"
+#include "engine/media/index_trust.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ std::vector<std::size_t> picturesThat(const Samples& samples, bool Sample::*prop
 }
 
 /// A film of H.264 and AAC, whose index can be changed.
-class SampleMarksTest : public test::SourceTest {
+class IndexTrustTest : public test::SourceTest {
 protected:
     bool makeFilm(int keyFrameInterval = 10) {
         auto video = videoOf("libx264");
@@ -129,7 +129,6 @@ protected:
         return samples;
     }
 
-private:
     std::unique_ptr<PacketSource> open() const {
         return std::make_unique<PacketSource>(test::selectAll(source()), std::stop_token());
     }
@@ -137,7 +136,7 @@ private:
 
 } // namespace
 
-TEST_F(SampleMarksTest, AreWhatALookIntoTheSamplesSays) {
+TEST_F(IndexTrustTest, AreWhatALookIntoTheSamplesSays) {
     if (!makeFilm())
         GTEST_SKIP() << missing();
     const Samples parsed = read(false);
@@ -147,7 +146,7 @@ TEST_F(SampleMarksTest, AreWhatALookIntoTheSamplesSays) {
 
 // A look into the samples finds pictures from which decoding can begin. That a file's maker does
 // not list them may have its reason.
-TEST_F(SampleMarksTest, AreKeptWhereALookIntoTheSamplesSaysMore) {
+TEST_F(IndexTrustTest, AreKeptWhereALookIntoTheSamplesSaysMore) {
     if (!makeFilm())
         GTEST_SKIP() << missing();
     listKeys({0, 20});
@@ -157,7 +156,7 @@ TEST_F(SampleMarksTest, AreKeptWhereALookIntoTheSamplesSaysMore) {
 }
 
 // A look into the samples loses these marks.
-TEST_F(SampleMarksTest, SayWhichPicturesNoOtherNeeds) {
+TEST_F(IndexTrustTest, SayWhichPicturesNoOtherNeeds) {
     if (!makeFilm())
         GTEST_SKIP() << missing();
     const std::vector<std::size_t> disposable{2, 3, 24};
@@ -166,7 +165,7 @@ TEST_F(SampleMarksTest, SayWhichPicturesNoOtherNeeds) {
     EXPECT_EQ(picturesThat(readCopy(), &Sample::isDisposable), disposable);
 }
 
-TEST_F(SampleMarksTest, AreNotTrustedWhereTheyTellNoKeyFrames) {
+TEST_F(IndexTrustTest, AreNotTrustedWhereTheyTellNoKeyFrames) {
     if (!makeFilm())
         GTEST_SKIP() << missing();
     EXPECT_TRUE(trusts());
@@ -184,13 +183,13 @@ TEST_F(SampleMarksTest, AreNotTrustedWhereTheyTellNoKeyFrames) {
 }
 
 // The library cannot tell it from an empty list.
-TEST_F(SampleMarksTest, AreNotTrustedWhereOneIsAKeyFrame) {
+TEST_F(IndexTrustTest, AreNotTrustedWhereOneIsAKeyFrame) {
     if (!makeFilm(100))
         GTEST_SKIP() << missing();
     EXPECT_FALSE(trusts());
 }
 
-TEST_F(SampleMarksTest, AreNotTrustedWhereTheLastSampleHasNoLength) {
+TEST_F(IndexTrustTest, AreNotTrustedWhereTheLastSampleHasNoLength) {
     if (!makeFilm())
         GTEST_SKIP() << missing();
     constexpr std::array<std::string_view, 4> place{"moov", "trak", "mdia", "mdhd"};
@@ -201,13 +200,62 @@ TEST_F(SampleMarksTest, AreNotTrustedWhereTheLastSampleHasNoLength) {
     EXPECT_FALSE(trusts());
 }
 
-TEST_F(SampleMarksTest, AreNotTrustedWhereAllAreKeyFrames) {
+// Of which the library makes key frames like any other.
+TEST_F(IndexTrustTest, AreNotTrustedWhereKeyFramesArePartial) {
+    const std::string group = "rap " + test::u32(1) + test::u32(picturesOfFilm) + test::u32(1);
+    const std::string partial[] = {
+        test::fullBox("stps", 0, test::u32(1) + test::u32(5)),
+        test::fullBox("sgpd", 1, "rap " + test::u32(1) + test::u32(1) + std::string(1, '\0')) +
+            test::fullBox("sbgp", 0, group),
+    };
+    for (const std::string& tables : partial) {
+        if (!makeFilm())
+            GTEST_SKIP() << missing();
+        EXPECT_TRUE(trusts());
+        edit([&](std::string_view before) { return std::string(before) + tables; });
+        EXPECT_FALSE(trusts());
+        std::filesystem::remove(output());
+        EXPECT_EQ(picturesThat(readCopy(), &Sample::isKey), keysOfFilm);
+    }
+}
+
+TEST_F(IndexTrustTest, AreTrustedWithOtherGroups) {
+    if (!makeFilm())
+        GTEST_SKIP() << missing();
+    edit([](std::string_view before) {
+        return std::string(before) +
+               test::fullBox("sbgp", 0,
+                             "roll" + test::u32(1) + test::u32(picturesOfFilm) + test::u32(1));
+    });
+    EXPECT_TRUE(trusts());
+}
+
+TEST_F(IndexTrustTest, AreNotTrustedWhenTheFileHasChanged) {
+    if (!makeFilm())
+        GTEST_SKIP() << missing();
+    const auto opened = open();
+    const std::string before = readFile(source());
+    // The same file, written anew in its place: other pictures, no movie, one that cannot be read.
+    const auto changed = [&](std::string_view what, const std::string& into) {
+        std::string bytes = before;
+        bytes.replace(bytes.find(what), what.size(), into);
+        writeFile(source(), bytes);
+        return !opened->trustIndex({});
+    };
+    EXPECT_TRUE(changed("avc1", "mp4v"));
+    EXPECT_TRUE(changed("moov", "junk"));
+    EXPECT_TRUE(changed("stts", "junk"));
+    writeFile(source(), before);
+    EXPECT_TRUE(opened->trustIndex({}));
+}
+
+TEST_F(IndexTrustTest, AreNotTrustedWhereAllAreKeyFrames) {
     if (!makeFilm(1))
         GTEST_SKIP() << missing();
     EXPECT_FALSE(trusts());
 }
 
-TEST_F(SampleMarksTest, AreTrustedBesidePlainSoundAlone) {
+TEST_F(IndexTrustTest, AreTrustedBesidePlainSoundAlone) {
     auto video = videoOf("libx264");
     for (const char* codec : {"aac", "alac", "pcm_s16le"}) {
         MAKE_SOURCE(mediaOf("mov", {video}, {audioOf(codec)}));
@@ -219,7 +267,7 @@ TEST_F(SampleMarksTest, AreTrustedBesidePlainSoundAlone) {
     }
 }
 
-TEST_F(SampleMarksTest, AreNotTrustedWhereTheyAreNotAllInOneIndex) {
+TEST_F(IndexTrustTest, AreNotTrustedWhereTheyAreNotAllInOneIndex) {
     auto spec = mediaOf("mp4", {videoOf("libx264")}, {audioOf("aac")});
     spec.muxerOptions = {{"movflags", "frag_keyframe+empty_moov"}};
     MAKE_SOURCE(spec);
@@ -228,7 +276,7 @@ TEST_F(SampleMarksTest, AreNotTrustedWhereTheyAreNotAllInOneIndex) {
     EXPECT_FALSE(trusts());
 }
 
-TEST_F(SampleMarksTest, NeedNotBeTrustedWhereNobodyLooksFurther) {
+TEST_F(IndexTrustTest, NeedNotBeTrustedWhereNobodyLooksFurther) {
     MAKE_SOURCE(mediaOf("mov", {videoOf("mpeg4")}, {audioOf("aac")}));
     EXPECT_FALSE(trusts());
     MAKE_SOURCE(mediaOf("mp4", {}, {audioOf("aac")}));
