@@ -48,6 +48,8 @@ int helpers(const std::map<std::string, std::int64_t>& before, int cores) {
 TEST(VideoFilterThreads, ShareEachPictureOfHighRange) {
     constexpr int fewPictures = 3;
     constexpr int mostPictures = 200;
+    const auto picture = test::makePicture(AV_PIX_FMT_YUV420P10LE, 1280, 704, {509, 512, 512}, 0);
+    picture->color_trc = AVCOL_TRC_SMPTE2084;
     const auto before = timesOfThreads();
     const auto cores = std::min(mostCores, av_cpu_count());
     if (before.empty() || cores < 2)
@@ -57,10 +59,9 @@ TEST(VideoFilterThreads, ShareEachPictureOfHighRange) {
     int pictures = 0;
     int sharing = 0;
     while (pictures < mostPictures && (pictures < fewPictures || sharing < cores - 1)) {
-        const auto picture = test::makePicture(AV_PIX_FMT_YUV420P10LE, 1280, 704, {509, 512, 512},
-                                               std::int64_t{40} * pictures);
-        picture->color_trc = AVCOL_TRC_SMPTE2084;
-        filter.push(*picture, frames.sink());
+        const av::FramePtr copy(av_frame_clone(picture.get()));
+        copy->pts = std::int64_t{40} * pictures;
+        filter.push(*copy, frames.sink());
         ++pictures;
         // The filter's own threads live as long as it does.
         sharing = helpers(before, cores);
