@@ -25,7 +25,7 @@ protected:
     /// Converts, and does something as soon as it has begun.
     Conversion convertAnd(const std::function<void()>& change) {
         bool isChanged = false;
-        Conversion done = convert(m_request, {}, std::chrono::seconds(60), [&](double) {
+        Conversion done = convert(m_request, {}, patience, [&](double) {
             if (!std::exchange(isChanged, true))
                 change();
         });

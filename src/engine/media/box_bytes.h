@@ -31,12 +31,17 @@ inline void put(Bytes& bytes, std::span<const std::uint8_t> more) {
 }
 
 /// `contents` are less than 4 GiB.
-inline Bytes box(FourCharCode type, std::span<const std::uint8_t> contents) {
-    Bytes bytes;
-    bytes.reserve(contents.size() + headerSize);
+inline void putBox(Bytes& bytes, FourCharCode type, std::span<const std::uint8_t> contents) {
     put(bytes, contents.size() + headerSize, 4);
     put(bytes, type, 4);
     put(bytes, contents);
+}
+
+/// The same, by itself.
+inline Bytes box(FourCharCode type, std::span<const std::uint8_t> contents) {
+    Bytes bytes;
+    bytes.reserve(contents.size() + headerSize);
+    putBox(bytes, type, contents);
     return bytes;
 }
 

@@ -24,15 +24,13 @@ bool keepsItsClock(const AVStream& stream) {
     return base.num == 1 && (isVideo(stream) || base.den == stream.codecpar->sample_rate);
 }
 
-ExpectedSamples countIndex(const AVStream& source) {
-    // The libraries look entries up, but take no constant.
-    auto* stream = const_cast<AVStream*>(&source);
+ExpectedSamples countIndex(const AVStream& stream) {
     ExpectedSamples samples;
-    samples.count = avformat_index_get_entries_count(stream);
+    samples.count = avformat_index_get_entries_count(&stream);
     std::int64_t previous = AV_NOPTS_VALUE;
     std::int64_t length = -1;
     for (int i = 0; i < samples.count; ++i) {
-        const AVIndexEntry& entry = *avformat_index_get_entry(stream, i);
+        const AVIndexEntry& entry = *av::indexEntry(stream, i);
         samples.bytes += entry.size;
         samples.keys += (entry.flags & AVINDEX_KEYFRAME) != 0;
         if (previous != AV_NOPTS_VALUE && entry.timestamp - previous != length) {
@@ -41,7 +39,7 @@ ExpectedSamples countIndex(const AVStream& source) {
         }
         previous = entry.timestamp;
     }
-    if (!keepsItsClock(source))
+    if (!keepsItsClock(stream))
         samples.timeRuns = samples.count;
     samples.isCertain = true;
     return samples;

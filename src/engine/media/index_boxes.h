@@ -29,6 +29,11 @@ void forEachBox(Contents row, Visit visit) {
 /// The contents of the first box of this type; empty when there is none.
 Contents find(Contents row, FourCharCode wanted);
 
+/// Whether a full box is of the version whose times and lengths have 64 bits.
+inline bool isLong(Contents box) {
+    return !box.empty() && box[0] == 1;
+}
+
 /// A number of a full box, whose place and length depend on its version; empty when cut off.
 struct FieldRow {
     std::size_t shortAt;
@@ -37,9 +42,8 @@ struct FieldRow {
     std::size_t longBytes;
 
     Contents in(Contents box) const {
-        const bool isLong = !box.empty() && box[0] == 1;
-        const std::size_t at = isLong ? longAt : shortAt;
-        const std::size_t bytes = isLong ? longBytes : shortBytes;
+        const std::size_t at = isLong(box) ? longAt : shortAt;
+        const std::size_t bytes = isLong(box) ? longBytes : shortBytes;
         return box.size() >= at + bytes ? box.subspan(at, bytes) : Contents();
     }
 };

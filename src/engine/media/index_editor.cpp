@@ -21,15 +21,12 @@ using index_boxes::FieldRow;
 using index_boxes::find;
 using index_boxes::forEachBox;
 using index_boxes::grow;
+using index_boxes::isLong;
 using index_boxes::Nest;
 using index_boxes::trackId;
 
 /// What QuickTime files say of a track in a language that Macintosh computers had no number for.
 constexpr std::uint64_t noLanguage = 0x7fff;
-
-bool isLong(Contents box) {
-    return !box.empty() && box[0] == 1;
-}
 
 // ISO/IEC 14496-12, 8.2.2, 8.3.2 and 8.4.2.
 constexpr FieldRow movieTimescale{12, 4, 20, 4};

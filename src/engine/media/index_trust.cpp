@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/media/av/demuxer.h"
+
 namespace boxlift::media {
 
 namespace {
@@ -19,18 +21,13 @@ bool isTakenAsItIs(const AVCodecParameters& parameters) {
     }
 }
 
-const AVIndexEntry& entryOf(const AVStream& stream, int number) {
-    // The library only looks it up, but takes no constant.
-    return *avformat_index_get_entry(const_cast<AVStream*>(&stream), number);
-}
-
 /// Of a list of key frames that is empty the library makes one that has the first; where there is
 /// no list it takes all samples for such.
 bool tellsKeyFrames(const AVStream& stream) {
     const int count = avformat_index_get_entries_count(&stream);
     int keys = 0;
     for (int i = 0; i < count; ++i)
-        keys += (entryOf(stream, i).flags & AVINDEX_KEYFRAME) != 0;
+        keys += (av::indexEntry(stream, i)->flags & AVINDEX_KEYFRAME) != 0;
     return keys > 1 && keys < count;
 }
 
@@ -38,7 +35,7 @@ bool tellsKeyFrames(const AVStream& stream) {
 /// there.
 bool tellsLastLength(const AVStream& stream) {
     const int count = avformat_index_get_entries_count(&stream);
-    return count > 0 && entryOf(stream, count - 1).timestamp < stream.duration;
+    return count > 0 && av::indexEntry(stream, count - 1)->timestamp < stream.duration;
 }
 
 bool isH264(const AVStream& stream) {

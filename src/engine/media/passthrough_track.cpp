@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "engine/media/av/conversion.h"
+#include "engine/media/av/demuxer.h"
 #include "engine/media/error.h"
 #include "engine/media/source_check.h"
 
@@ -62,10 +63,8 @@ bool PassthroughTrack::prepare(AVPacket& packet, AVRational timeBase) {
 }
 
 bool PassthroughTrack::isLastOfIndex(const AVPacket& packet) const {
-    // The libraries look entries up, but take no constant.
-    auto* stream = const_cast<AVStream*>(&m_source);
     const AVIndexEntry* last =
-        avformat_index_get_entry(stream, avformat_index_get_entries_count(stream) - 1);
+        av::indexEntry(m_source, avformat_index_get_entries_count(&m_source) - 1);
     return last && packet.dts != AV_NOPTS_VALUE && packet.dts >= last->timestamp;
 }
 

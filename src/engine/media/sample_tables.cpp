@@ -201,12 +201,6 @@ constexpr TableRow knownTables[] = {
     {fourCharCode("stco"), unchanged},   {fourCharCode("co64"), unchanged},
 };
 
-void putBox(Bytes& bytes, FourCharCode type, const Bytes& contents) {
-    put(bytes, contents.size() + headerSize, 4);
-    put(bytes, type, 4);
-    put(bytes, contents);
-}
-
 /// The contents of a sample table, `stbl`; nothing where one does not fit.
 Table expanded(Contents tables, const SampleRuns& samples) {
     Bytes result;
@@ -219,7 +213,7 @@ Table expanded(Contents tables, const SampleRuns& samples) {
         const Table table = isKnown ? row->expand(contents, samples) : std::nullopt;
         doesFit = doesFit && table;
         if (table)
-            putBox(result, type, *table);
+            box_bytes::putBox(result, type, *table);
         found.insert(type);
     });
     const auto isThere = [&](const TableRow& row) {

@@ -4,9 +4,11 @@
 #include <random>
 
 #include "engine/media/aac_writer_fixture.h"
+#include "engine/media/box_bytes.h"
 #include "support/media_decode.h"
 #include "support/media_measure.h"
 #include "support/media_probe.h"
+#include "support/temp_folder.h"
 
 namespace boxlift::media {
 
@@ -67,6 +69,22 @@ TEST_F(AacFileWriterTest, EncodesLongAudioOnSeveralThreadsJustTheSame) {
     EXPECT_NEAR(test::toneLevel(sound, 440), 0.5, 0.005);
     const auto seam = static_cast<std::size_t>(plan.first);
     EXPECT_NEAR(test::toneLevel(sound, 440, {0, seam, seam + 4410}), 0.5, 0.005);
+}
+
+/// How many samples are in the first chunk of the first track (ISO/IEC 14496-12, 8.7.4).
+std::uint64_t firstChunk(const std::filesystem::path& path) {
+    const std::string file = test::readFile(path);
+    // The table's name, a version, the number of rows, and of the first row its chunk.
+    const std::size_t at = file.find("stsc", file.rfind("moov")) + 16;
+    const std::string count = file.substr(at, 4);
+    return box_bytes::numberIn(std::vector<std::uint8_t>(count.begin(), count.end()), 4);
+}
+
+// Which shows in the chunks: the container's writer fills them with whole runs.
+TEST_F(AacFileWriterTest, HandsManyPacketsOverAsOneToSaveMemory) {
+    write(80 * 44100, sine);
+    EXPECT_GT(firstChunk(path()), 1024U);
+    EXPECT_EQ(firstChunk(path()) % 256, 0U);
 }
 
 TEST_F(AacFileWriterTest, ShiftsNothing) {

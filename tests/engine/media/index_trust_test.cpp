@@ -54,6 +54,18 @@ Sample sampleOf(const AVPacket& packet) {
             (packet.flags & AV_PKT_FLAG_DISPOSABLE) != 0};
 }
 
+/// `next(packet)` until there are no more.
+template <typename Next>
+Samples collect(const Next& next) {
+    const av::PacketPtr packet = av::makePacket();
+    Samples samples;
+    while (next(*packet)) {
+        const av::PacketUnref guard{*packet};
+        samples.push_back(sampleOf(*packet));
+    }
+    return samples;
+}
+
 /// Which of the pictures `property` holds for.
 std::vector<std::size_t> picturesThat(const Samples& samples, bool Sample::*property) {
     std::vector<std::size_t> pictures;
@@ -106,13 +118,7 @@ protected:
     Samples read(bool isTrusted) const {
         const auto opened = open();
         EXPECT_TRUE(!isTrusted || opened->trustIndex({}));
-        const av::PacketPtr packet = av::makePacket();
-        Samples samples;
-        while (opened->next(*packet)) {
-            const av::PacketUnref guard{*packet};
-            samples.push_back(sampleOf(*packet));
-        }
-        return samples;
+        return collect([&](AVPacket& packet) { return opened->next(packet); });
     }
     /// What a copy's container says of its samples.
     Samples readCopy() const {
@@ -120,13 +126,7 @@ protected:
                   ExportSession::Status::completed);
         const auto demuxer =
             av::Demuxer::open(InputFile::open(output()), av::ProbeDepth::index, {});
-        const av::PacketPtr packet = av::makePacket();
-        Samples samples;
-        while (demuxer->read(*packet)) {
-            const av::PacketUnref guard{*packet};
-            samples.push_back(sampleOf(*packet));
-        }
-        return samples;
+        return collect([&](AVPacket& packet) { return demuxer->read(packet); });
     }
 
     std::unique_ptr<PacketSource> open() const {

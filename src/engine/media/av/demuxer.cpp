@@ -58,6 +58,11 @@ bool isPicture(const AVStream& stream) {
            0;
 }
 
+const AVIndexEntry* indexEntry(const AVStream& stream, int number) {
+    // The library only looks it up, but takes no constant.
+    return avformat_index_get_entry(const_cast<AVStream*>(&stream), number);
+}
+
 Demuxer::Demuxer(std::shared_ptr<const InputFile> file, ProbeDepth depth, std::stop_token stop)
     : m_stop(std::move(stop)),
       m_io(std::move(file), depth == ProbeDepth::header ? headerBufferSize : streamBufferSize,

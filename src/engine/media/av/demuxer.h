@@ -58,4 +58,7 @@ private:
 /// Whether a stream is a still picture that goes with the media (cover art, chapter pictures).
 bool isPicture(const AVStream& stream);
 
+/// What the container's index says of a stream's sample; null when there is no such one.
+const AVIndexEntry* indexEntry(const AVStream& stream, int number);
+
 } // namespace boxlift::media::av
